@@ -1,0 +1,29 @@
+# What every target of this project is compiled with: `target_link_libraries(X PRIVATE tollmere_compiler)`.
+
+set(TOLLMERE_SANITIZE "" CACHE STRING "Value of -fsanitize for the whole build, or empty")
+
+add_library(tollmere_compiler INTERFACE)
+target_include_directories(tollmere_compiler INTERFACE "${CMAKE_SOURCE_DIR}/src")
+if(MSVC)
+  target_compile_options(tollmere_compiler INTERFACE /W4 /WX /utf-8)
+else()
+  target_compile_options(tollmere_compiler INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror
+    -ffunction-sections -fdata-sections)
+  target_link_options(tollmere_compiler INTERFACE -Wl,--gc-sections)
+endif()
+
+# The sanitizers see the whole program only if the test framework is built with them too.
+if(TOLLMERE_SANITIZE)
+  add_compile_options(-fsanitize=${TOLLMERE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TOLLMERE_SANITIZE})
+endif()
+
+if(WIN32)
+  target_compile_definitions(tollmere_compiler INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+  if(NOT MSVC)
+    # Static: no DLL of the compiler beside the program. No time stamp: the same inputs give the same bytes.
+    add_link_options(-static -Wl,--no-insert-timestamp)
+  endif()
+endif()
