@@ -1,0 +1,160 @@
+#include "diagnostics/log.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+#include "diagnostics/text.h"
+
+const WCHAR* g_LogFileName = nullptr;
+std::atomic<bool> g_LogRotationEnabled = false;
+
+namespace {
+
+// Times are counts of 100 ns.
+constexpr std::int64_t kFlushIntervalTicks = 100'000'000;
+constexpr std::int64_t kRotationCheckIntervalTicks = 600'000'000;
+constexpr ULONG kFlushTimerMilliseconds = 10'000;
+constexpr LONGLONG kRotationSize = 0x100000;
+
+constexpr std::size_t kLineLimit = 2048;
+constexpr std::size_t kLineEnd = 2;  // CR and LF
+
+const WCHAR kLogFolder[] = WIDE_TEXT("\\Tollmere Games\\Launcher\\");
+
+// The lock guards everything below. Recursive: Log, ConsiderLogFlush and FlushLog each take it. Lock and buffer are
+// never destroyed: the flush timer may still run on the wait thread while the process's statics go.
+std::recursive_mutex& g_LogLock = *new std::recursive_mutex;
+std::string& g_LogBuffer = *new std::string;
+
+std::int64_t g_LastLogFlushTicks = 0;
+std::int64_t g_LastLogRotationCheckTicks = 0;
+HANDLE g_LogFlushEvent = INVALID_HANDLE_VALUE;
+HANDLE g_LogFlushWait = INVALID_HANDLE_VALUE;
+
+std::int64_t PresentTicks() {
+    FILETIME time;
+    GetSystemTimeAsFileTime(&time);
+    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+}
+
+// Formats the line into `line`, CR LF and terminator included. A text that is too long is cut, never its line end.
+void FormatLine(char (&line)[kLineLimit + 1], const char* format, va_list arguments) {
+    SYSTEMTIME time;
+    GetLocalTime(&time);
+    const int prefix = FormatText(line, kLineLimit, "[%4d-%02d-%02d %02d:%02d:%02d.%03d] [%6d] [%4X] ", time.wYear,
+                                  time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds,
+                                  static_cast<int>(GetCurrentProcessId()), static_cast<unsigned>(GetCurrentThreadId()));
+    const std::size_t start = static_cast<std::size_t>(std::max(prefix, 0));
+    const std::size_t room = kLineLimit - kLineEnd - start;
+    const int length = std::vsnprintf(line + start, room, format, arguments);
+    const std::size_t text = length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1);
+    std::copy_n("\r\n", kLineEnd + 1, line + start + text);
+}
+
+// Moves a full log out of the way. Looks at the file's size at most once a minute.
+void RotateLogIfNeeded(const WideString& path) {
+    const std::int64_t now = PresentTicks();
+    if (now - g_LastLogRotationCheckTicks < kRotationCheckIntervalTicks) return;
+    g_LastLogRotationCheckTicks = now;
+
+    const HANDLE file =
+        CreateFileW(path.c_str(), FILE_READ_DATA, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    LARGE_INTEGER size = {};
+    GetFileSizeEx(file, &size);
+    CloseHandle(file);
+    if (size.QuadPart < kRotationSize) return;
+
+    constexpr std::size_t kExtension = 4;  // ".log"
+    const WideString old = path.substr(0, path.size() - kExtension) + WIDE_TEXT(".old.txt");
+    DeleteFileW(old.c_str());
+    MoveFileW(path.c_str(), old.c_str());
+}
+
+void AppendToFile(const WideString& path) {
+    const HANDLE file =
+        CreateFileW(path.c_str(), FILE_APPEND_DATA, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    // An old file is opened with this code and is no failure that a later report should find.
+    if (GetLastError() == ERROR_ALREADY_EXISTS) SetLastError(ERROR_SUCCESS);
+    if (SetFilePointer(file, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
+        DWORD written = 0;
+        WriteFile(file, g_LogBuffer.data(), static_cast<DWORD>(g_LogBuffer.size()), &written, nullptr);
+    }
+    CloseHandle(file);
+}
+
+void CALLBACK OnLogFlushTimer(void* parameter, BOOLEAN timerOrWaitFired);
+
+// Writes the waiting lines if the last flush is long enough ago, else sees to it that a timer will.
+void ConsiderLogFlush() {
+    const std::lock_guard lock(g_LogLock);
+    if (PresentTicks() - g_LastLogFlushTicks > kFlushIntervalTicks) {
+        FlushLog();
+        return;
+    }
+    if (g_LogFlushWait != INVALID_HANDLE_VALUE && g_LogFlushWait != nullptr) return;
+
+    // Nothing ever signals the event: it only gives the wait something to time out on.
+    g_LogFlushEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (g_LogFlushEvent == nullptr) {
+        g_LogFlushEvent = INVALID_HANDLE_VALUE;
+        return;
+    }
+    if (!RegisterWaitForSingleObject(&g_LogFlushWait, g_LogFlushEvent, OnLogFlushTimer, nullptr,
+                                     kFlushTimerMilliseconds, WT_EXECUTEINWAITTHREAD | WT_EXECUTEONLYONCE)) {
+        CloseHandle(g_LogFlushEvent);
+        g_LogFlushEvent = INVALID_HANDLE_VALUE;
+        g_LogFlushWait = INVALID_HANDLE_VALUE;
+    }
+}
+
+void CALLBACK OnLogFlushTimer(void*, BOOLEAN) {
+    const std::lock_guard lock(g_LogLock);
+    if (g_LogFlushWait != INVALID_HANDLE_VALUE) {
+        // Inside the wait's own callback an unregister must not block.
+        UnregisterWaitEx(g_LogFlushWait, nullptr);
+        g_LogFlushWait = INVALID_HANDLE_VALUE;
+    }
+    if (g_LogFlushEvent != INVALID_HANDLE_VALUE) {
+        CloseHandle(g_LogFlushEvent);
+        g_LogFlushEvent = INVALID_HANDLE_VALUE;
+    }
+    ConsiderLogFlush();
+}
+
+}  // namespace
+
+void Log(const char* format, ...) {
+    const std::lock_guard lock(g_LogLock);
+    char line[kLineLimit + 1] = {};
+    va_list arguments;
+    va_start(arguments, format);
+    FormatLine(line, format, arguments);
+    va_end(arguments);
+
+    OutputDebugStringW(Utf8ToWide(line).c_str());
+    g_LogBuffer += line;
+    ConsiderLogFlush();
+}
+
+void FlushLog() {
+    const std::lock_guard lock(g_LogLock);
+    if (g_LogBuffer.empty()) return;
+
+    LPWSTR folder = nullptr;
+    if (g_LogFileName != nullptr && SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &folder) == S_OK) {
+        // The call succeeds and leaves this code behind in a process that impersonates nobody.
+        if (GetLastError() == ERROR_NO_TOKEN) SetLastError(ERROR_SUCCESS);
+        const WideString path = WideString(folder) + kLogFolder + g_LogFileName;
+        CoTaskMemFree(folder);
+        if (g_LogRotationEnabled) RotateLogIfNeeded(path);
+        AppendToFile(path);
+    }
+    g_LogBuffer.clear();
+    g_LastLogFlushTicks = PresentTicks();
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+// The one diagnostic channel of the process: no levels, no categories. Any thread may log at any time, from the first
+// statement of the entry on. A line goes to the debugger at once and to the log file with the next flush, at most 10 s
+// later. Failures of the log are never reported; they cost the text that was waiting.
+//
+// A call may change the last error: read it before logging.
+
+#include <atomic>
+
+#include "platform/windows_api.h"
+
+// Logs one line: local time, process and thread id, the text, CR LF. A text beyond about 2,000 bytes is cut.
+//
+// Wide text is given as "%s" with WideToUtf8(text).c_str(). A "%ls" would go through the C runtime's locale, which
+// drops the line at the first character beyond ASCII; no build of ours accepts it from WCHAR text.
+void Log(const char* format, ...) PRINTF_LIKE(1, 2);
+
+// Appends the waiting lines to the file now. With none waiting it does nothing.
+void FlushLog();
+
+// The log's file name without a folder: text of static storage, set once by the entry before its first line. While it
+// is null, a flush drops the waiting lines.
+extern const WCHAR* g_LogFileName;
+
+// Whether a flush may rotate the file. Set once by the worker, read under the log's lock by any thread.
+extern std::atomic<bool> g_LogRotationEnabled;
