@@ -1,0 +1,82 @@
+#pragma once
+
+// A pipe server with an owner that writes down what it is told, and a client at the other end.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "pipe/named_pipe_server.h"
+#include "pipe/overlapped_operation.h"
+#include "tests/support/limits.h"
+#include "tests/support/log_capture.h"
+#include "tools/launcher_client/pipe_client.h"
+
+class PipeServerFixture : public testing::Test {
+  protected:
+    PipeServerFixture() {
+        static int number = 0;
+        m_Name = "tollmere-test-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++number);
+        m_Callbacks.OnConnected = [this] { ++connects; };
+        m_Callbacks.OnDisconnected = [this] { ++disconnects; };
+        m_Callbacks.OnData = [this](unsigned char* data, unsigned int size) {
+            m_OnData(std::string(data, data + size));
+        };
+    }
+    ~PipeServerFixture() override { Stop(); }
+
+    static OutgoingFrame Block(const std::string& bytes) {
+        OutgoingFrame frame;
+        frame.m_Size = static_cast<std::uint32_t>(bytes.size());
+        frame.m_Data = std::make_unique<unsigned char[]>(bytes.size());
+        std::copy(bytes.begin(), bytes.end(), frame.m_Data.get());
+        return frame;
+    }
+    static bool Send(const std::string& bytes) {
+        OutgoingFrame frame = Block(bytes);
+        return NamedPipeServer::Send(frame);
+    }
+
+    std::string FullName() const { return "\\\\.\\pipe\\" + m_Name; }
+    bool Start() { return NamedPipeServer::Create(FullName(), &m_Callbacks); }
+    void Stop() {
+        NamedPipeServer::StopDeliveries();
+        NamedPipeServer::Destroy();
+    }
+    // What a read delivers is given to `handler`; set it before the client writes.
+    void OnData(std::function<void(const std::string&)> handler) {
+        const std::lock_guard lock(OverlappedOperation::CompletionLock());
+        m_OnData = std::move(handler);
+    }
+
+    bool Connect() { return client.Open(m_Name, test_support::Limit()); }
+    bool Write(const std::string& bytes) {
+        return client.Write(bytes, test_support::Limit()) == launcher::Outcome::Done;
+    }
+    // Exactly `size` bytes, or fewer if the connection ends first.
+    std::string Read(std::size_t size) {
+        std::string bytes;
+        while (bytes.size() < size && client.Read(bytes, test_support::Limit()) == launcher::Outcome::Done) {
+        }
+        return bytes;
+    }
+    bool Disconnected(int times) {
+        return test_support::WaitUntil([&] { return disconnects == times; });
+    }
+
+    test_support::LogCapture log;
+    launcher::PipeClient client;
+    std::atomic<int> connects = 0;
+    std::atomic<int> disconnects = 0;
+
+  private:
+    std::string m_Name;
+    PipeCallbacks m_Callbacks;
+    std::function<void(const std::string&)> m_OnData = [](const std::string& bytes) { Send(bytes); };
+};
