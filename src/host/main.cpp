@@ -1,0 +1,5 @@
+#include "host/process.h"
+
+int WINAPI wWinMain(HINSTANCE hInstance, HINSTANCE, LPWSTR lpCmdLine, int) {
+    return RunProcess(hInstance, lpCmdLine);
+}

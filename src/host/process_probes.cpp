@@ -1,0 +1,108 @@
+#include "host/process_probes.h"
+
+#include <cstring>
+#include <string>
+
+#include "diagnostics/last_error.h"
+#include "diagnostics/log.h"
+
+namespace {
+
+bool IsAdministrator() {
+    SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
+    PSID administrators = nullptr;
+    if (!AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0,
+                                  &administrators)) {
+        return false;
+    }
+    BOOL isMember = FALSE;
+    const bool answered = CheckTokenMembership(nullptr, administrators, &isMember) != FALSE;
+    FreeSid(administrators);
+    return answered && isMember;
+}
+
+// False, with a line logged, if there is no list of processes to look in. The id is 0 if the list doesn't name a
+// parent.
+bool FindParentProcessId(DWORD& parentId) {
+    const DWORD ownId = GetCurrentProcessId();
+    if (ownId == 0) {
+        ReportLastError("Could not get ID from the current process");
+        return false;
+    }
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) {
+        ReportLastError("Could not get a valid snapshot of the process.");
+        return false;
+    }
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    const bool readable = Process32FirstW(snapshot, &entry) != FALSE;
+    if (!readable) ReportLastError("Could not get the process information from the snapshot.");
+    parentId = 0;
+    bool more = readable;
+    while (more) {
+        if (entry.th32ProcessID == ownId) parentId = entry.th32ParentProcessID;
+        more = parentId == 0 && Process32NextW(snapshot, &entry);
+    }
+    CloseHandle(snapshot);
+    return readable;
+}
+
+// The path of the process's executable; false, with nothing reported, if it can't be read or doesn't fit.
+bool ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity]) {
+    HMODULE module = nullptr;  // the first module of a process is its executable
+    DWORD needed = 0;
+    if (!K32EnumProcessModules(process, &module, sizeof module, &needed)) return false;
+    const DWORD length = K32GetModuleFileNameExW(process, module, path, kPathCapacity);
+    return length != 0 && length < kPathCapacity && path[length] == 0;
+}
+
+}  // namespace
+
+AdminState GetAdminState() {
+    static AdminState state = AdminState::Unknown;
+    if (state == AdminState::Unknown) {
+        state = IsAdministrator() ? AdminState::Administrator
+                : IsUacDisabled() ? AdminState::UacDisabled
+                                  : AdminState::Limited;
+    }
+    return state;
+}
+
+bool IsUacDisabled() {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, WIDE_TEXT("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System"),
+                      0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return false;
+    }
+    DWORD enabled = 1;
+    DWORD size = sizeof enabled;
+    const bool read = RegQueryValueExW(key, WIDE_TEXT("EnableLUA"), nullptr, nullptr, reinterpret_cast<BYTE*>(&enabled),
+                                       &size) == ERROR_SUCCESS;
+    RegCloseKey(key);
+    return read && enabled == 0;
+}
+
+bool GetParentProcessDirectory(char (&out)[kPathCapacity]) {
+    DWORD parentId = 0;
+    if (!FindParentProcessId(parentId)) return false;
+    const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, parentId);
+    if (process == nullptr) {
+        ReportLastError("Could not do OpenProcess on parent process.");
+        return false;
+    }
+    WCHAR widePath[kPathCapacity] = {};
+    const bool found = ReadExecutablePath(process, widePath);
+    CloseHandle(process);
+    if (!found) return false;
+
+    std::string path = WideToUtf8(widePath);
+    if (path.size() >= sizeof out) {
+        Log("Parent process location is too long and will not be used.");
+        return false;
+    }
+    const std::size_t separator = path.find_last_of("/\\");
+    if (separator != std::string::npos) path.resize(separator);
+    std::memcpy(out, path.c_str(), path.size() + 1);
+    return true;
+}
