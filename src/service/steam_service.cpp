@@ -1,0 +1,111 @@
+#include "service/steam_service.h"
+
+#include <memory>
+
+#include "diagnostics/log.h"
+#include "host/timed_shutdown.h"
+#include "pipe/frame_router.h"
+#include "pipe/named_pipe_server.h"
+#include "pipe/subsystem_base.h"
+#include "service/steam_subsystem.h"
+
+static const char kPipeName[] = "\\\\.\\pipe\\TollmereSteamHelper";
+
+static const char* StateName(SteamService::State state) {
+    switch (state) {
+        case SteamService::State::Idle:
+            return "Idle";
+        case SteamService::State::WaitForLauncher:
+            return "WaitForLauncher";
+        case SteamService::State::WaitForGameLaunch:
+            return "WaitForGameLaunch";
+        default:
+            return "Invalid";
+    }
+}
+
+SteamService::~SteamService() {
+    // In this order: a completion that is still running may schedule the time-out.
+    NamedPipeServer::StopDeliveries();
+    StopTimedShutdown();
+}
+
+bool SteamService::Init() {
+    Log("SteamService :: Init");
+    g_LogRotationEnabled = true;
+
+    g_Subsystems.push_back(std::make_unique<SteamSubsystem>(&m_SteamApi));
+    g_Subsystems.back()->Init();
+
+    if (!m_SteamApi.InitClass()) {
+        Log("Failed to initialize Steam API");
+        return Fail();
+    }
+    if (!m_SteamApi.m_Initialized) {
+        Log("Steam did not initialize");
+        return Fail();
+    }
+
+    ScheduleTimedShutdown(this);
+    InstallPipeCallbacks();
+    SetState(State::WaitForLauncher);
+    return CreatePipe() || Fail();
+}
+
+void SteamService::InstallPipeCallbacks() {
+    m_PipeCallbacks.OnConnected = [this] { OnConnected(); };
+    m_PipeCallbacks.OnClientHandle = [](void*) { return true; };
+    m_PipeCallbacks.OnData = [](unsigned char* data, unsigned int size) { RouteFrames(data, size); };
+    m_PipeCallbacks.OnDisconnected = [this] { OnDisconnected(); };
+}
+
+bool SteamService::CreatePipe() {
+    if (NamedPipeServer::Create(kPipeName, &m_PipeCallbacks)) return true;
+    Log("Failed to create pipe.");
+    return false;
+}
+
+// The end of an Init that failed; always false.
+bool SteamService::Fail() {
+    SetState(State::Invalid);
+    // Cancelling doesn't wait for a time-out that is just running out, and this object is about to go.
+    StopTimedShutdown();
+    CancelTimedShutdown();
+    return false;
+}
+
+void SteamService::Tick() {
+    if (!m_SteamApi.m_Initialized) return;
+    m_SteamApi.RunCallbacks();
+    m_SteamApi.CheckTicketTimeout();
+}
+
+void SteamService::Shutdown() {
+    Log("SteamService :: Shutdown");
+    // From here on no frame reaches a subsystem, and none is being handled.
+    NamedPipeServer::StopDeliveries();
+    for (auto& subsystem : g_Subsystems) {
+        subsystem->Shutdown();
+        subsystem.reset();
+    }
+    g_Subsystems.clear();
+    NamedPipeServer::Destroy();
+    if (m_SteamApi.m_Initialized) m_SteamApi.ShutdownClass();
+}
+
+void SteamService::SetState(State newState) {
+    Log("SteamService :: SetState (%d -> %d) (%s -> %s)", static_cast<int>(m_State), static_cast<int>(newState),
+        StateName(m_State), StateName(newState));
+    m_State = newState;
+}
+
+void SteamService::OnConnected() {
+    Log("SteamService :: OnConnected");
+    if (m_State == State::WaitForLauncher) SetState(State::WaitForGameLaunch);
+    CancelTimedShutdown();
+}
+
+void SteamService::OnDisconnected() {
+    Log("Pipe disconnected.");
+    ScheduleTimedShutdown(this);
+}
