@@ -1,0 +1,102 @@
+#include "platform/posix/fault_check.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <string>
+
+#include "platform/posix/environment.h"
+#include "platform/posix/testing/faults.h"
+#include "platform/posix/windows_calls.h"
+
+namespace posix_layer {
+
+namespace {
+
+struct Fault {
+    DWORD code;
+    int skip;
+};
+
+class FaultTable {
+  public:
+    // NAME:CODE or NAME:CODE:SKIP, separated by commas.
+    FaultTable() {
+        std::istringstream entries(GetVariable("TOLLMERE_TEST_FAULTS").value_or(""));
+        std::string entry;
+        while (std::getline(entries, entry, ',')) {
+            std::istringstream fields(entry);
+            std::string name, code, skip;
+            std::getline(fields, name, ':');
+            std::getline(fields, code, ':');
+            std::getline(fields, skip, ':');
+            Add(name, static_cast<DWORD>(std::strtoul(code.c_str(), nullptr, 0)), std::atoi(skip.c_str()));
+        }
+    }
+
+    void Add(const std::string& name, DWORD code, int skip) {
+        const std::lock_guard lock(m_Lock);
+        m_Faults[name].push_back({code, skip});
+        m_Empty = false;
+    }
+
+    std::optional<DWORD> Take(const char* name) {
+        if (m_Empty) return std::nullopt;
+        const std::lock_guard lock(m_Lock);
+        const auto found = m_Faults.find(name);
+        if (found == m_Faults.end()) return std::nullopt;
+        std::deque<Fault>& queue = found->second;
+        if (queue.front().skip-- > 0) return std::nullopt;
+        const DWORD code = queue.front().code;
+        queue.pop_front();
+        if (queue.empty()) m_Faults.erase(found);
+        m_Empty = m_Faults.empty();
+        return code;
+    }
+
+    void Clear() {
+        const std::lock_guard lock(m_Lock);
+        m_Faults.clear();
+        m_Empty = true;
+    }
+
+  private:
+    std::atomic<bool> m_Empty = true;  // spares the calls the lock while there are no faults
+    std::mutex m_Lock;
+    std::map<std::string, std::deque<Fault>, std::less<>> m_Faults;
+};
+
+// Never destroyed: the wait thread may outlive the process's statics.
+FaultTable& Faults() {
+    static FaultTable& table = *new FaultTable;
+    return table;
+}
+
+}  // namespace
+
+std::optional<DWORD> TakeFault(const char* name) {
+    return Faults().Take(name);
+}
+
+bool Faulted(const char* name) {
+    const std::optional<DWORD> code = TakeFault(name);
+    if (code) SetLastError(*code);
+    return code.has_value();
+}
+
+}  // namespace posix_layer
+
+namespace platform_testing {
+
+void FailCall(const char* name, DWORD code, int skip) {
+    posix_layer::Faults().Add(name, code, skip);
+}
+
+void ClearFaults() {
+    posix_layer::Faults().Clear();
+}
+
+}  // namespace platform_testing

@@ -1,0 +1,150 @@
+// The process list and what it tells of another process.
+
+#include <dirent.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/posix/fault_check.h"
+#include "platform/posix/handle_table.h"
+#include "platform/posix/native_paths.h"
+#include "platform/posix/text_conversion.h"
+#include "platform/posix/windows_calls.h"
+
+using namespace posix_layer;
+
+// The program tells the call this size.
+static_assert(sizeof(PROCESSENTRY32W) == 568);
+
+namespace {
+
+class Snapshot : public Object {
+  public:
+    explicit Snapshot(std::vector<PROCESSENTRY32W> entries) : m_Entries(std::move(entries)) {}
+
+    BOOL Next(PROCESSENTRY32W* entry, bool fromStart) {
+        if (entry->dwSize != sizeof *entry) {
+            SetLastError(ERROR_BAD_LENGTH);
+            return FALSE;
+        }
+        const std::lock_guard lock(m_Lock);
+        if (fromStart) m_Next = 0;
+        if (m_Next == m_Entries.size()) {
+            SetLastError(ERROR_NO_MORE_FILES);
+            return FALSE;
+        }
+        *entry = m_Entries[m_Next++];
+        return TRUE;
+    }
+
+  private:
+    std::mutex m_Lock;
+    const std::vector<PROCESSENTRY32W> m_Entries;
+    std::size_t m_Next = 0;
+};
+
+struct OtherProcess : Object {
+    explicit OtherProcess(DWORD processId) : id(processId) {}
+    const DWORD id;
+};
+
+// Nothing if the process has gone meanwhile.
+std::optional<PROCESSENTRY32W> ReadEntry(DWORD id) {
+    std::ifstream file("/proc/" + std::to_string(id) + "/stat");
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    // ID (NAME) STATE PARENT ...; the name may hold anything, parentheses too.
+    const std::size_t open = text.find('(');
+    const std::size_t close = text.rfind(')');
+    if (open == std::string::npos || close == std::string::npos || close + 4 > text.size()) return std::nullopt;
+    PROCESSENTRY32W entry = {};
+    entry.dwSize = sizeof entry;
+    entry.cntThreads = 1;
+    entry.th32ProcessID = id;
+    entry.th32ParentProcessID = static_cast<DWORD>(std::strtoul(text.c_str() + close + 4, nullptr, 10));
+    const std::u16string name = ToWide(text.substr(open + 1, close - open - 1));
+    std::copy_n(name.c_str(), std::min<std::size_t>(name.size(), MAX_PATH - 1), entry.szExeFile);
+    return entry;
+}
+
+std::vector<PROCESSENTRY32W> ReadProcessList() {
+    std::vector<PROCESSENTRY32W> entries;
+    DIR* const folder = opendir("/proc");
+    if (folder == nullptr) return entries;
+    while (const dirent* const item = readdir(folder)) {
+        const DWORD id = static_cast<DWORD>(std::strtoul(item->d_name, nullptr, 10));
+        const std::optional<PROCESSENTRY32W> entry = id == 0 ? std::nullopt : ReadEntry(id);
+        if (entry) entries.push_back(*entry);
+    }
+    closedir(folder);
+    return entries;
+}
+
+}  // namespace
+
+HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD) {
+    if (Faulted(__func__)) return INVALID_HANDLE_VALUE;
+    if (flags != TH32CS_SNAPPROCESS) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return INVALID_HANDLE_VALUE;
+    }
+    return AddHandle(std::make_shared<Snapshot>(ReadProcessList()));
+}
+
+BOOL Process32FirstW(HANDLE snapshot, PROCESSENTRY32W* entry) {
+    if (Faulted(__func__)) return FALSE;
+    const auto object = Find<Snapshot>(snapshot);
+    return object != nullptr && object->Next(entry, true);
+}
+
+BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry) {
+    if (Faulted(__func__)) return FALSE;
+    const auto object = Find<Snapshot>(snapshot);
+    return object != nullptr && object->Next(entry, false);
+}
+
+HANDLE OpenProcess(DWORD, BOOL, DWORD processId) {
+    if (Faulted(__func__)) return nullptr;
+    if (processId == 0 || kill(static_cast<pid_t>(processId), 0) != 0) {
+        SetLastError(processId != 0 && errno == EPERM ? ERROR_ACCESS_DENIED : ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    return AddHandle(std::make_shared<OtherProcess>(processId));
+}
+
+BOOL K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* needed) {
+    if (Faulted(__func__)) return FALSE;
+    if (Find<OtherProcess>(process) == nullptr) return FALSE;
+    // One module, the executable; there is nothing behind its handle.
+    *needed = sizeof *modules;
+    if (size >= sizeof *modules) *modules = reinterpret_cast<HMODULE>(process);
+    return TRUE;
+}
+
+DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD size) {
+    if (Faulted(__func__)) return 0;
+    const auto object = Find<OtherProcess>(process);
+    if (object == nullptr) return 0;
+    if (size == 0 || (module != nullptr && module != reinterpret_cast<HMODULE>(process))) {
+        SetLastError(size == 0 ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
+        return 0;
+    }
+    const std::u16string file = ToWide(ReadLink("/proc/" + std::to_string(object->id) + "/exe"));
+    if (file.empty()) {
+        SetLastErrorFromErrno();
+        return 0;
+    }
+    const DWORD length = std::min(static_cast<DWORD>(file.size()), size - 1);
+    std::copy_n(file.c_str(), length, path);
+    path[length] = 0;
+    if (length == file.size()) return length;
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return size;
+}

@@ -1,0 +1,159 @@
+// What the layer adds of its own to the contract of pipes: where they are, and that an end is an end at once.
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "platform/posix/testing/faults.h"
+#include "tests/platform/pipe_contract_fixture.h"
+#include "tests/support/temp_folder.h"
+
+namespace {
+
+class NativePipe : public PipeContract {
+  protected:
+    NativePipe() {
+        Close();
+        SetEnvironmentVariableA("TOLLMERE_PIPE_DIR", folder.Path().c_str());
+    }
+    ~NativePipe() override {
+        Close();
+        SetEnvironmentVariableA("TOLLMERE_PIPE_DIR", nullptr);
+    }
+    std::filesystem::path Socket() const { return folder.Path() / name; }
+
+    const test_support::TempFolder folder;
+};
+
+TEST_F(NativePipe, IsAFileForItsOwnerAloneAndLeavesNothingBehind) {
+    Create();
+    struct stat status = {};
+    ASSERT_EQ(lstat(Socket().c_str(), &status), 0);
+    EXPECT_TRUE(S_ISSOCK(status.st_mode));
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    Close();
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+TEST_F(NativePipe, WhatADeadProcessHasLeftIsReplacedAndALivingOneRespected) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, Socket().c_str(), sizeof address.sun_path - 1);
+    const int left = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(left, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    close(left);
+
+    // The living one holds a lock. To the system, what opens the file anew is another owner, as in another process.
+    const std::string lockPath = Socket().string() + ".lock";
+    const int lock = open(lockPath.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+    ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_PIPE_BUSY);
+
+    close(lock);
+    Create();
+    EXPECT_TRUE(ClientCame());
+}
+
+TEST_F(NativePipe, BadPlacesAreRefused) {
+    std::ofstream(Socket()) << "no socket";
+    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(std::filesystem::is_regular_file(Socket())) << "somebody's file";
+
+    const std::pair<std::string, DWORD> rows[] = {
+        {"a/b", ERROR_INVALID_NAME}, {"", ERROR_INVALID_NAME}, {std::string(200, 'x'), ERROR_INVALID_NAME}};
+    for (const auto& [bad, error] : rows) {
+        name = bad;
+        EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(GetLastError(), error) << bad;
+    }
+    name = "x";
+    SetEnvironmentVariableA("TOLLMERE_PIPE_DIR", (folder.Path() / "missing").c_str());
+    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
+
+TEST_F(NativePipe, AfterAnEndNothingIsTouched) {
+    struct {
+        const char* how;
+        DWORD error;
+    } const rows[] = {{"disconnect", ERROR_PIPE_NOT_CONNECTED}, {"close", ERROR_OPERATION_ABORTED}};
+    const int handles = platform_testing::OpenHandleCount();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.how);
+        Create();
+        ASSERT_TRUE(ClientCame());
+        Request read, write;
+        EXPECT_EQ(Read(read), ERROR_IO_PENDING);
+        const std::string bytes(4 * kCapacity, 'x');
+        EXPECT_EQ(Write(write, bytes), ERROR_IO_PENDING);
+        // The client floods the pipe while it ends.
+        launcher::PipeClient other = std::move(client);
+        std::thread flood([&] { other.Write(std::string(8 * kCapacity, 'y'), test_support::Limit()); });
+        if (row.error == ERROR_PIPE_NOT_CONNECTED) Disconnect();
+        Close();
+        const std::string kept = buffer;
+        const DWORD error = read.Error(pipe);
+        EXPECT_TRUE(error == row.error || error == ERROR_SUCCESS) << error;
+        EXPECT_EQ(write.Error(pipe), row.error) << "already, without waiting";
+        flood.join();
+        ASSERT_TRUE(WaitThreadHasComeRound());
+        EXPECT_EQ(buffer, kept);
+    }
+    Create();
+    Request connect;
+    EXPECT_EQ(Connect(connect), ERROR_IO_PENDING);
+    Close();
+    EXPECT_EQ(connect.Error(pipe), ERROR_OPERATION_ABORTED);
+    EXPECT_EQ(platform_testing::OpenHandleCount(), handles + 1) << "the event of the connect";
+}
+
+TEST_F(NativePipe, MisuseIsFoundOut) {
+    Create();
+    ASSERT_TRUE(ClientCame());
+    Request read, second;
+    EXPECT_EQ(Read(read), ERROR_IO_PENDING);
+    EXPECT_EQ(Read(second), ERROR_INVALID_PARAMETER) << "one read at a time";
+    second.Record()->hEvent = INVALID_HANDLE_VALUE;
+    EXPECT_EQ(Write(second, "x"), ERROR_INVALID_HANDLE);
+    DWORD count = 0;
+    EXPECT_FALSE(WriteFile(pipe, "x", 1, &count, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(NativePipe, AConnectionThatHammersLosesNothing) {
+    Create();
+    std::thread clients([&] {
+        for (int i = 0; i < 200; ++i) {
+            launcher::PipeClient one;
+            while (!one.TryOpen(name)) std::this_thread::yield();
+            std::string echo;
+            one.Write("ping", test_support::Limit());
+            EXPECT_EQ(one.Read(echo, test_support::Limit()), launcher::Outcome::Done) << i;
+            EXPECT_EQ(echo, "ping");
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        Request connect, read, write;
+        const DWORD error = Connect(connect);
+        ASSERT_TRUE(error == ERROR_PIPE_CONNECTED || (error == ERROR_IO_PENDING && connect.Signalled())) << error;
+        Read(read);
+        EXPECT_EQ(Received(read), "ping");
+        EXPECT_EQ(Write(write, "ping"), ERROR_SUCCESS);
+        const DWORD end = Read(read);
+        EXPECT_TRUE(end == ERROR_BROKEN_PIPE || (end == ERROR_IO_PENDING && Received(read) == "error 109")) << end;
+        EXPECT_EQ(Disconnect(), ERROR_SUCCESS);
+    }
+    clients.join();
+}
+
+}  // namespace
