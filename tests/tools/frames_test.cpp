@@ -1,0 +1,109 @@
+#include "tools/launcher_client/frames.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "pipe/field_cursor.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+
+std::vector<std::string> Drain(launcher::FrameReader& reader) {
+    std::vector<std::string> frames;
+    while (const std::optional<launcher::Frame> frame = reader.Next()) {
+        frames.push_back(frame->m_Id + "|" + frame->m_Body);
+    }
+    return frames;
+}
+
+TEST(MakeFrame, CountsTheIdTheSeparatorAndTheBody) {
+    EXPECT_EQ(launcher::MakeFrame("info_request:1"), std::string("\x13\0\0\0STEA:info_request:1", 23));
+    EXPECT_EQ(launcher::MakeFrame(std::string(0x01FFFA, 'x')).substr(0, 4), std::string("\xFF\xFF\x01\0", 4));
+}
+
+TEST(FrameReader, GivesTheSameFramesWhereverTheStreamIsSplit) {
+    const std::string stream =
+        launcher::MakeFrame("a:b") + launcher::MakeFrame("", "X") + launcher::MakeFrame(std::string(300, 'c'));
+    for (std::size_t split = 0; split <= stream.size(); ++split) {
+        SCOPED_TRACE(split);
+        launcher::FrameReader reader;
+        reader.Feed(std::string_view(stream).substr(0, split));
+        std::vector<std::string> frames = Drain(reader);
+        reader.Feed(std::string_view(stream).substr(split));
+        for (std::string& frame : Drain(reader)) frames.push_back(std::move(frame));
+        EXPECT_THAT(frames, ElementsAre("STEA|a:b", "X|", "STEA|" + std::string(300, 'c')));
+        EXPECT_FALSE(reader.IsBroken());
+    }
+}
+
+TEST(FrameReader, GivesUpOnWhatIsNoFrame) {
+    const std::string good = launcher::MakeFrame("good");
+    for (const std::string& bad :
+         {std::string("\xFF\xFF\xFF\xFF", 4), std::string("\3\0\0\0abc", 7), std::string("\0\0\0\0", 4)}) {
+        launcher::FrameReader reader;
+        reader.Feed(good + bad + good);
+        EXPECT_THAT(Drain(reader), ElementsAre("STEA|good"));
+        EXPECT_TRUE(reader.IsBroken());
+    }
+}
+
+// The two ends agree on the quoting.
+TEST(LaunchRequest, IsReadAsItWasMeant) {
+    for (const char* const text :
+         {R"(C:\Games\My Game\game.exe)", R"(-name "Ada: L\")", R"(\\server\share\)", R"("")", "", ":"}) {
+        SCOPED_TRACE(text);
+        std::string body = launcher::LaunchRequest(7, text, "dir", text);
+        FieldCursor cursor;
+        cursor.m_Data = reinterpret_cast<std::uint8_t*>(body.data());
+        cursor.m_Length = static_cast<std::uint32_t>(body.size());
+        SkipMessageName(cursor);
+        std::string id, executable, directory, arguments;
+        EXPECT_TRUE(ReadStringField(cursor, id) && ReadStringField(cursor, executable) &&
+                    ReadStringField(cursor, directory) && ReadStringField(cursor, arguments));
+        EXPECT_THAT((std::vector{id, executable, directory, arguments}), ElementsAre("7", text, "dir", text));
+    }
+}
+
+TEST(ParseAnswer, TakesTheNameFromBetweenTheNumbers) {
+    const struct {
+        const char* m_Body;
+        const char* m_Persona;
+        std::uint32_t m_Length;
+        const char* m_Ticket;
+    } kRows[] = {{"info_response:18446744073709551615:76561197960287930:Ada:2:0AFF", "Ada", 2, "0AFF"},
+                 {"info_response:18446744073709551615:76561197960287930:a:b::3:0:", "a:b::3", 0, ""},
+                 {"info_response:18446744073709551615:76561197960287930::0:", "", 0, ""}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.m_Body);
+        const std::optional<launcher::Answer> answer = launcher::ParseAnswer(row.m_Body);
+        ASSERT_TRUE(answer && std::holds_alternative<launcher::InfoResponse>(*answer));
+        const auto& info = std::get<launcher::InfoResponse>(*answer);
+        EXPECT_EQ(info.m_RequestId, 18446744073709551615U);
+        EXPECT_EQ(info.m_SteamId, 76561197960287930U);
+        EXPECT_EQ(info.m_PersonaName, row.m_Persona);
+        EXPECT_EQ(info.m_TicketLength, row.m_Length);
+        EXPECT_EQ(info.m_Ticket, row.m_Ticket);
+    }
+}
+
+TEST(ParseAnswer, TellsLaunchFromFailure) {
+    const std::optional<launcher::Answer> launch = launcher::ParseAnswer("launch_response:3:4711");
+    ASSERT_TRUE(launch && std::holds_alternative<launcher::LaunchResponse>(*launch));
+    EXPECT_EQ(std::get<launcher::LaunchResponse>(*launch).m_ProcessId, 4711U);
+    const std::optional<launcher::Answer> failure = launcher::ParseAnswer("failure:3");
+    ASSERT_TRUE(failure && std::holds_alternative<launcher::Failure>(*failure));
+    EXPECT_EQ(launcher::RequestIdOf(*failure), 3U);
+}
+
+TEST(ParseAnswer, RefusesWhatIsNone) {
+    for (const char* const body :
+         {"", "failure", "failure:", "failure:x", "failure:1:2", "launch_response:1", "launch_response:1:4294967296",
+          "info_response:1:2", "info_response:1:2:3:", "info_response:1:2:name:x:", "info_request:1"}) {
+        EXPECT_FALSE(launcher::ParseAnswer(body)) << body;
+    }
+}
+
+}  // namespace

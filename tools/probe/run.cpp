@@ -1,0 +1,22 @@
+#include "tools/probe/run.h"
+
+#include <cstdio>
+
+#include "tools/probe/conversation.h"
+#include "tools/probe/report.h"
+#include "tools/probe/usage.h"
+
+ExitStatus RunProbe(const std::vector<std::string>& arguments) {
+    Options options;
+    std::string error;
+    if (!ParseOptions(arguments, options, error)) {
+        ReportError(error);
+        ReportError("`probe --help` tells the rest");
+        return ExitStatus::Usage;
+    }
+    if (options.m_Help) {
+        std::fputs(kUsage, stdout);
+        return ExitStatus::Done;
+    }
+    return Converse(options);
+}

@@ -1,0 +1,62 @@
+#include "tools/probe/usage.h"
+
+const char kUsage[] = R"(probe: a launcher's end of the Tollmere Steam Helper's pipe
+
+  probe [OPTION...] COMMAND [then COMMAND]...
+
+COMMANDS
+  info                            asks who the Steam user is
+  launch EXE [--dir DIR] [--args TEXT]
+                                  has a game started: its path, its current directory
+                                  (default: none), its arguments as one text (default: none)
+  raw HEX [--answers N]           writes these bytes as they are, in one write, and waits for N
+                                  answers (default 1; 0: doesn't wait)
+Commands with the word `then` between them go over one connection, one after another. The first
+that doesn't end well is the last. After the last the probe leaves.
+
+OPTIONS
+  --id N          request id, 0 to 18446744073709551615 (default: the command's number, from 1)
+  --timeout MS    how long to wait for the pipe, and for the answers to each command (default 5000)
+  --json          prints each answer as one line of JSON
+  --pipe NAME     default TollmereSteamHelper
+  -v, --verbose   says on standard error who says what, as it happens
+  -h, --help      prints this
+
+EXIT STATUS
+  0  every command was answered        3  nobody served the pipe in time
+  1  the answer was `failure`          4  the connection was lost, or no answer came in time
+  2  the command line makes no sense
+
+THE PROTOCOL
+  Pipe     \\.\pipe\TollmereSteamHelper, in byte mode, both ways; one launcher at a time. Where it
+           can't be opened, wait at least 50 ms before the next try. 20 seconds after the launcher
+           has gone the helper ends.
+  Frame    offset 0   4 bytes   length of all that follows, least significant byte first
+           offset 4   4 bytes   the id STEA
+           offset 8   1 byte    ':'
+           offset 9   the rest  the body, text in UTF-8, at least one byte, no terminator
+           Write each frame whole, in one write; no more than 65,536 bytes are read at once, and
+           what doesn't end within them is lost. Several frames may go in one write.
+  Body     a message name and its fields, with one ':' between every two. Numbers are decimal.
+  Quoting  Towards the helper a field may stand between double quotes, and then hold anything. A
+           backslash goes before each quote and each backslash in it. Always quote paths. An empty
+           text is "". The helper's own fields are never quoted.
+
+  launcher to helper                       answer
+    info_request:ID                        info_response:ID:STEAMID:PERSONA:LENGTH:TICKET
+    launch_request:ID:EXE:DIR:ARGUMENTS    launch_response:ID:PROCESSID   or   failure:ID
+
+  ID         a number of the launcher's choice, 64 bits, given back as it came
+  PERSONA    the user's name. It may hold colons: take LENGTH and TICKET from the end.
+  LENGTH     of the ticket, in bytes; 0 without a ticket
+  TICKET     two upper-case hexadecimal digits a byte
+  Messages of another name, and frames of another id, aren't answered.
+
+EXAMPLE
+  The body info_request:1 is 14 bytes; with STEA: before it 19, so that 23 bytes go out:
+    13 00 00 00  53 54 45 41 3A  69 6E 66 6F 5F 72 65 71 75 65 73 74 3A 31
+    length = 19  S  T  E  A  :   i  n  f  o  _  r  e  q  u  e  s  t  :  1
+  which is what `probe raw 13000000535445413A696E666F5F726571756573743A31` writes.
+  A launch of C:\Games\My Game\game.exe in C:\Games with the arguments -name "Ada L":
+    launch_request:2:"C:\\Games\\My Game\\game.exe":"C:\\Games":"-name \"Ada L\""
+)";

@@ -1,0 +1,13 @@
+#include "tools/steam_stand_in/record.h"
+
+#include "tools/surroundings/surroundings.h"
+
+void Record(const std::string& line) {
+    const std::optional<std::string> path = surroundings::Variable("STEAM_STAND_IN_RECORD");
+    if (path && !path->empty()) surroundings::AppendToFile(*path, line + "\n");
+}
+
+void RecordError(const std::string& what) {
+    std::string line = "ERROR ";
+    Record(line.append(what));
+}
