@@ -10,6 +10,8 @@
 #include "host/options.h"
 #include "host/process_probes.h"
 #include "service/steam_service_thread.h"
+#include "telemetry/steam_action_events.h"
+#include "telemetry/telemetry_publication.h"
 
 namespace {
 
@@ -31,30 +33,38 @@ bool RunService(HWND& window) {
     return true;
 }
 
+// All that may record events. They are saved at its end, when the worker has been joined and the window is gone.
+int RunPublished(HINSTANCE instance, const WCHAR* lpCmdLine) {
+    const TelemetryPublication telemetry;
+    ProcessCommandLine(GlobalConfigRegistry(), lpCmdLine);
+    Log("Admin State: %d", static_cast<int>(GetAdminState()));
+
+    HWND window = CreateMessageWindow(instance);
+    if (window == nullptr) {
+        const DWORD error = GetLastError();
+        RecordSteamAction({"id", 0}, {"we", static_cast<std::int32_t>(error)});
+        Log("Failed to initialize message window. Aborting process with code 1.");
+        return 1;
+    }
+    int exitCode = 1;
+    if (RunService(window)) {
+        Log("Process exiting with code 0.");
+        FlushLog();
+        exitCode = 0;
+    }
+    // Mostly gone already: the default handling of WM_CLOSE has destroyed it.
+    DestroyWindow(window);
+    return exitCode;
+}
+
 }  // namespace
 
 int RunProcess(HINSTANCE instance, const WCHAR* lpCmdLine) {
     g_LogFileName = WIDE_TEXT("tollmere_steam_helper.log");
     constexpr int kBannerLength = 33;
     Log("%s", std::string(kBannerLength, '\\').c_str());
-    ProcessCommandLine(GlobalConfigRegistry(), lpCmdLine);
-    Log("Admin State: %d", static_cast<int>(GetAdminState()));
 
-    int exitCode = 1;
-    HWND window = CreateMessageWindow(instance);
-    if (window == nullptr) {
-        Log("Failed to initialize message window. Aborting process with code 1.");
-    } else if (RunService(window)) {
-        Log("Process exiting with code 0.");
-        FlushLog();
-        exitCode = 0;
-    }
-
-    if (window != nullptr) {
-        // Mostly gone already: the default handling of WM_CLOSE has destroyed it.
-        DestroyWindow(window);
-        window = nullptr;
-    }
+    const int exitCode = RunPublished(instance, lpCmdLine);
     FlushLog();
     return exitCode;
 }

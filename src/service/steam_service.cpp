@@ -8,6 +8,7 @@
 #include "pipe/named_pipe_server.h"
 #include "pipe/subsystem_base.h"
 #include "service/steam_subsystem.h"
+#include "telemetry/steam_action_events.h"
 
 static const char kPipeName[] = "\\\\.\\pipe\\TollmereSteamHelper";
 
@@ -49,7 +50,9 @@ bool SteamService::Init() {
     ScheduleTimedShutdown(this);
     InstallPipeCallbacks();
     SetState(State::WaitForLauncher);
-    return CreatePipe() || Fail();
+    if (!CreatePipe()) return Fail();
+    RecordSteamStatus(m_SteamApi);
+    return true;
 }
 
 void SteamService::InstallPipeCallbacks() {
@@ -61,7 +64,9 @@ void SteamService::InstallPipeCallbacks() {
 
 bool SteamService::CreatePipe() {
     if (NamedPipeServer::Create(kPipeName, &m_PipeCallbacks)) return true;
+    const DWORD error = GetLastError();
     Log("Failed to create pipe.");
+    RecordSteamAction({"id", 1}, {"pe", static_cast<std::int32_t>(error)});
     return false;
 }
 
@@ -71,6 +76,7 @@ bool SteamService::Fail() {
     // Cancelling doesn't wait for a time-out that is just running out, and this object is about to go.
     StopTimedShutdown();
     CancelTimedShutdown();
+    RecordSteamStatus(m_SteamApi);
     return false;
 }
 

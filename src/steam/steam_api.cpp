@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "diagnostics/log.h"
+#include "telemetry/steam_action_events.h"
 
 HMODULE sysSteamApi::ms_SteamDll = nullptr;
 
@@ -37,7 +38,10 @@ bool sysSteamApi::InitClass() {
 
 bool sysSteamApi::StartSteam() {
     if (!LoadSteamDll() || !MapExports()) return false;
-    if (!InitInCurrentDirectory() && !InitInGameDirectory()) return false;
+    if (!InitInCurrentDirectory() && !InitInGameDirectory()) {
+        RecordSteamInitResult({"id", 2}, {"as", false});
+        return false;
+    }
     Log("SteamAPI_Init completed, requesting Steam interfaces.");
     if (!RequestInterfaces()) return false;
     m_OverlayCallback.Register(this, &sysSteamApi::OnGameOverlayActivated);

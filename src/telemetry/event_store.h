@@ -1,0 +1,16 @@
+#pragma once
+
+// The store file: a small JSON document with the newest events of this run and of earlier ones,
+//
+//   {"metrics":[{"name":"STEAM_ACTION","data":"\"id\":2,\"as\":false","time":100}]}
+//
+// without white space, one byte for each character. A save merges the old file's events behind those in the queue and
+// replaces the file. Both functions hold g_TelemetryLock throughout, file work included.
+
+// Appends the file's events to the queue, as far as there is room; those nearest the file's end win. True only if a
+// well-formed file with a "metrics" member was read. A file that is no JSON is deleted, with the validator's lines
+// logged; entries that can't be used are skipped.
+bool LoadEvents();
+
+// Merges, writes the whole queue and empties it. False if the file can't be opened for writing, without a line.
+bool SaveEvents();

@@ -1,0 +1,33 @@
+#include "telemetry/text_file.h"
+
+#include <algorithm>
+#include <string>
+
+bool ReadTextFile(const WideString& path, WideString& text) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    WideString read;
+    unsigned char block[4096];
+    DWORD count = 0;
+    bool succeeded = false;
+    while ((succeeded = ReadFile(file, block, sizeof block, &count, nullptr) != FALSE) && count != 0) {
+        read.append(block, block + count);
+    }
+    CloseHandle(file);
+    if (succeeded) text = std::move(read);
+    return succeeded;
+}
+
+bool WriteTextFile(const WideString& path, const WideString& text) {
+    std::string bytes(text.size(), '\0');
+    std::transform(text.begin(), text.end(), bytes.begin(),
+                   [](WCHAR unit) { return unit <= 0xFF ? static_cast<char>(unit) : '?'; });
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    DWORD written = 0;
+    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    CloseHandle(file);
+    return true;
+}
