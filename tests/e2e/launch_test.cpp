@@ -1,0 +1,116 @@
+#include "tests/e2e/helper_fixture.h"
+#include "tests/support/limits.h"
+
+namespace e2e {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using test_support::ToUtf8;
+
+class Launch : public HelperFixture {
+  protected:
+    Launch() {
+        fs::create_directories(m_Directory);
+        fs::copy_file(BinFolder() / ProgramFile("sample_game"), m_Game);
+        variables["SAMPLE_GAME_RECORD"] = ToUtf8(m_Record);
+    }
+
+    // Has the game started and gives what it saw.
+    json StartGame(std::uint64_t requestId, const std::string& requestedArguments) {
+        fs::remove(m_Record);
+        Send(launcher::LaunchRequest(requestId, ToUtf8(m_Game), ToUtf8(m_Directory), requestedArguments));
+        const std::string body = Receive();
+        EXPECT_TRUE(test_support::WaitUntil([&] { return fs::exists(m_Record); })) << body;
+        json record = json::parse(test_support::ReadAll(m_Record), nullptr, false);
+        if (record.is_discarded()) return json::object();
+        EXPECT_EQ(body, "launch_response:" + std::to_string(requestId) + ":" + record["process_id"].dump());
+        return record;
+    }
+
+    const fs::path m_Directory = Home() / u8"Spiele \u00FC";
+    const fs::path m_Game = m_Directory / ProgramFile("my game");
+    const fs::path m_Record = Home() / "record.json";
+};
+
+TEST_F(Launch, TheGameIsAChildWithTheAppIdAndTheDirectory) {
+    variables["SteamAppId"] = std::nullopt;
+    arguments = {"-steamAppID=271590"};
+    StartService();
+    Connect();
+    const json game = StartGame(18446744073709551615U, "-level 3");
+    EXPECT_EQ(game["SteamAppId"], "271590");
+    EXPECT_EQ(game["parent_process_id"], Helper().Id());
+    EXPECT_TRUE(fs::equivalent(test_support::FromUtf8(game.value("directory", "")), m_Directory));
+    // A second request is a second game.
+    EXPECT_NE(StartGame(2, "")["process_id"], game["process_id"]);
+    CloseFromOutside();
+}
+
+TEST_F(Launch, TheHelpersOwnArgumentsComeBeforeTheRequested) {
+    const struct {
+        std::vector<std::string> own;
+        const char* requested;
+        std::vector<std::string> seen;
+    } rows[] = {
+        {{}, "-level 3", {"-level", "3"}},
+        {{"-Windowed", "C:\\My Games"}, "-Level", {"-Windowed", "C:\\My Games", "-Level"}},
+        {{"-steamTestTelemetry"}, "", {"-steamTestTelemetry"}},
+        {{"-a"}, "\"two words\" \"\" tail\\", {"-a", "two words", "", "tail\\"}},
+        {{"-a"}, "say \\\"hi\\\" \"a\\\\\" b", {"-a", "say", "\"hi\"", "a\\", "b"}},
+        {{"-a"}, "\xC3\xA4:\xF0\x9F\x8E\xAE", {"-a", "\xC3\xA4:\xF0\x9F\x8E\xAE"}},
+    };
+    std::uint64_t requestId = 0;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.requested);
+        arguments = row.own;
+        fs::remove(Home().parent_path() / "steam_calls");
+        StartService();
+        Connect();
+        EXPECT_EQ(StartGame(++requestId, row.requested)["arguments"], json(row.seen));
+        Leave();
+        CloseFromOutside();
+    }
+}
+
+TEST_F(Launch, WhatCannotBeStartedIsAFailureAndTheServiceGoesOn) {
+    const std::string game = launcher::QuoteField(ToUtf8(m_Game));
+    const std::string directory = launcher::QuoteField(ToUtf8(m_Directory));
+    const std::string missing = launcher::QuoteField(ToUtf8(m_Directory / "missing"));
+    const struct {
+        std::string request;
+        const char* answer;
+    } rows[] = {
+        {"launch_request:1:" + missing + ":" + directory + ":\"\"", "failure:1"},
+        {"launch_request:2:" + game + ":" + missing + ":\"\"", "failure:2"},
+        {"launch_request:3:\"\":" + directory + ":\"\"", "failure:3"},
+        {"launch_request:4:" + directory + ":" + directory + ":\"\"", "failure:4"},
+        {"launch_request:5:" + game + ":" + directory, "failure:5"},
+        {"launch_request:6:" + game + ":" + directory + ":", "failure:6"},
+        {"launch_request:7:" + game + "x:" + directory + ":\"\"", "failure:7"},
+        {"launch_request:8:" + game + ":" + directory + ":\"open", "failure:8"},
+        {"launch_request:none:" + game + ":" + directory + ":\"\"", "failure:0"},
+        {"launch_request", "failure:0"},
+    };
+    StartService();
+    Connect();
+    std::uint64_t requestId = 100;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.request);
+        Send(row.request);
+        ExpectAnswer(row.answer);
+        ExpectService(++requestId);
+    }
+    EXPECT_FALSE(fs::exists(m_Record));
+    StartGame(200, "-after -all");
+    CloseFromOutside();
+    EXPECT_EQ(CountInLog("Game launch was requested"), 11);
+    EXPECT_EQ(CountInLog("Failed to create process"), 4);
+    EXPECT_EQ(CountInLog("Error - invalid parameter quoting."), 1);
+    EXPECT_EQ(CountInLog("Error - unclosed parameter quote."), 1);
+}
+
+}  // namespace
+
+}  // namespace e2e

@@ -1,0 +1,89 @@
+#include "tests/e2e/helper_fixture.h"
+#include "tests/support/limits.h"
+
+namespace e2e {
+
+namespace {
+
+class Lifetime : public HelperFixture {};
+
+TEST_F(Lifetime, EndsWhenNoLauncherComes) {
+    StartService();
+    ExpectEndByTimeout();
+    const std::vector<std::string> log = Log();
+    ASSERT_GE(log.size(), 6u);
+    EXPECT_THAT(
+        std::vector<std::string>(log.end() - 6, log.end()),
+        testing::ElementsAreArray(Join({Lines{testing::StartsWith("OnGetAuthSessionTicketResponse"),
+                                              "Connection timed out, terminating.", "Steam Service ready to exit."},
+                                        EndOfService()})));
+}
+
+TEST_F(Lifetime, EndsWhenItsWindowIsClosed) {
+    for (const bool connected : {false, true}) {
+        SCOPED_TRACE(connected);
+        StartService();
+        if (connected) {
+            Connect();
+            ExpectService(1);
+        }
+        CloseFromOutside();
+        const std::vector<std::string> log = Log();
+        ASSERT_GE(log.size(), 4u);
+        EXPECT_THAT(
+            std::vector<std::string>(log.end() - 4, log.end()),
+            testing::ElementsAreArray(Join({Lines{testing::Not("Steam Service ready to exit.")}, EndOfService()})));
+        Leave();
+        std::filesystem::remove(Home().parent_path() / "steam_calls");
+    }
+}
+
+TEST_F(Lifetime, ALauncherMayComeBack) {
+    StartService();
+    for (std::uint64_t visit = 1; visit <= 3; ++visit) {
+        Connect();
+        ExpectService(visit);
+        Leave();
+    }
+    Connect();
+    ExpectService(4);
+    CloseFromOutside();
+    // Only the first visit changes the state; each is taken in, and each but the last is seen to end.
+    EXPECT_EQ(CountInLog("SteamService :: OnConnected"), 4);
+    EXPECT_EQ(CountInLog("SteamService :: SetState (1 -> 2) (WaitForLauncher -> WaitForGameLaunch)"), 1);
+    EXPECT_EQ(CountInLog("Cancel shutdown."), 4);
+    EXPECT_EQ(CountInLog("Pipe disconnected."), 3);
+    EXPECT_EQ(CountInLog("Scheduling a shutdown in 20000 ms."), 4);
+    EXPECT_EQ(CountInLog("Connection timed out, terminating."), 0);
+}
+
+TEST_F(Lifetime, ServesOneLauncherAtATime) {
+    StartService();
+    Connect();
+    ExpectService(1);
+    launcher::PipeClient second;
+    EXPECT_FALSE(second.TryOpen(kPipeName));
+    ExpectService(2);
+    Leave();
+    EXPECT_TRUE(second.Open(kPipeName, test_support::Limit()));
+    CloseFromOutside();
+}
+
+TEST_F(Lifetime, VisitsLeaveNoHandlesBehind) {
+    StartService();
+    std::size_t handles = 0;
+    for (std::uint64_t visit = 1; visit <= 200; ++visit) {
+        Connect();
+        ExpectService(visit);
+        if (visit == 2) handles = OpenHandles(Helper().Id());
+        if (visit < 200) Leave();
+    }
+    EXPECT_GT(handles, 0u);
+    // The log may just have its timer armed, or its file open: a handful, whatever the number of visits.
+    EXPECT_LE(OpenHandles(Helper().Id()), handles + 4);
+    CloseFromOutside();
+}
+
+}  // namespace
+
+}  // namespace e2e

@@ -1,0 +1,50 @@
+#pragma once
+
+// What differs for a test of the whole program between one platform and another.
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/child_process.h"
+
+namespace e2e {
+
+// Where this program is, and beside it all that the build made.
+std::filesystem::path BinFolder();
+
+// The file name of a program of the build.
+std::string ProgramFile(const std::string& name);
+
+// The builds of the stand-in for the Steam client that work.
+std::vector<std::filesystem::path> WorkingStandIns();
+
+// How many handles or descriptors the process holds.
+std::size_t OpenHandles(std::uint32_t processId);
+
+// The surroundings of one run of the helper: its pipe, its log, its clock.
+class Machine {
+  public:
+    // `folder` is empty and belongs to the test. This process's own clients find the pipe from now on.
+    explicit Machine(const std::filesystem::path& folder);
+    ~Machine();
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    // What the helper has to be started with.
+    const test_support::Environment& Variables() const { return m_Variables; }
+
+    const std::filesystem::path& LogFile() const { return m_LogFile; }
+
+    // Moves the helper's clock where it can be moved; elsewhere time passes by itself.
+    void LetPass(std::chrono::milliseconds time);
+
+  private:
+    test_support::Environment m_Variables;
+    std::filesystem::path m_LogFile;
+    int m_Clock = -1;
+};
+
+}  // namespace e2e

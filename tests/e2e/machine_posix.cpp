@@ -1,0 +1,59 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+#include "tests/e2e/machine.h"
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+fs::path BinFolder() {
+    return fs::read_symlink("/proc/self/exe").parent_path();
+}
+
+std::string ProgramFile(const std::string& name) {
+    return name;
+}
+
+std::vector<fs::path> WorkingStandIns() {
+    return {BinFolder() / "steam_api64.dll"};
+}
+
+std::size_t OpenHandles(std::uint32_t processId) {
+    const fs::directory_iterator descriptors("/proc/" + std::to_string(processId) + "/fd");
+    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+Machine::Machine(const fs::path& folder) {
+    const fs::path pipes = folder / "pipes";
+    const fs::path programData = folder / "data";
+    const fs::path clock = folder / "clock";
+    fs::create_directory(pipes);
+    m_LogFile = programData / "Tollmere Games" / "Launcher" / "tollmere_steam_helper.log";
+    fs::create_directories(m_LogFile.parent_path());
+    mkfifo(clock.c_str(), S_IRUSR | S_IWUSR);
+    // For reading too: so it can be opened, and keeps what is written, before the helper reads from it.
+    m_Clock = open(clock.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+
+    m_Variables["TOLLMERE_PIPE_DIR"] = pipes.string();
+    m_Variables["TOLLMERE_PROGRAM_DATA"] = programData.string();
+    m_Variables["TOLLMERE_TEST_CLOCK"] = clock.string();
+    setenv("TOLLMERE_PIPE_DIR", pipes.c_str(), 1);
+}
+
+Machine::~Machine() {
+    if (m_Clock >= 0) close(m_Clock);
+}
+
+void Machine::LetPass(std::chrono::milliseconds time) {
+    const std::string line = std::to_string(time.count()) + "\n";
+    // When the FIFO is full the helper has more than enough to read.
+    [[maybe_unused]] const ssize_t written = write(m_Clock, line.data(), line.size());
+}
+
+}  // namespace e2e

@@ -1,0 +1,82 @@
+#include <windows.h>
+// The order matters: the others need the types of windows.h.
+#include <knownfolders.h>
+#include <objbase.h>
+#include <shlobj.h>
+#include <winternl.h>
+
+#include <algorithm>
+
+#include "tests/e2e/machine.h"
+
+namespace e2e {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path ProgramData() {
+    wchar_t* text = nullptr;
+    SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &text);
+    fs::path folder = text;
+    CoTaskMemFree(text);
+    return folder;
+}
+
+// All handles of all processes, as the system tells them. The headers don't declare the form.
+struct SystemHandle {
+    DWORD processId;
+    BYTE type;
+    BYTE flags;
+    WORD handle;
+    void* object;
+    DWORD access;
+};
+struct SystemHandles {
+    ULONG count;
+    SystemHandle handles[1];
+};
+constexpr auto kSystemHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(16);
+constexpr LONG kInfoLengthMismatch = static_cast<LONG>(0xC0000004);
+
+}  // namespace
+
+fs::path BinFolder() {
+    wchar_t path[4096];
+    GetModuleFileNameW(nullptr, path, 4096);
+    return fs::path(path).parent_path();
+}
+
+std::string ProgramFile(const std::string& name) {
+    return name + ".exe";
+}
+
+std::vector<fs::path> WorkingStandIns() {
+    return {BinFolder() / "steam_api64.dll", BinFolder() / "stand_in_variants" / "steam_api64_msvc.dll"};
+}
+
+std::size_t OpenHandles(std::uint32_t processId) {
+    std::vector<std::uint64_t> memory(1 << 12);
+    ULONG needed = 0;
+    while (NtQuerySystemInformation(kSystemHandleInformation, memory.data(),
+                                    static_cast<ULONG>(memory.size() * sizeof memory[0]),
+                                    &needed) == kInfoLengthMismatch) {
+        memory.resize(memory.size() * 2);
+    }
+    const auto* const all = reinterpret_cast<const SystemHandles*>(memory.data());
+    return static_cast<std::size_t>(
+        std::count_if(all->handles, all->handles + all->count,
+                      [&](const SystemHandle& handle) { return handle.processId == processId; }));
+}
+
+Machine::Machine(const fs::path&)
+    : m_LogFile(ProgramData() / "Tollmere Games" / "Launcher" / "tollmere_steam_helper.log") {
+    fs::create_directories(m_LogFile.parent_path());
+    fs::remove(m_LogFile);
+}
+
+Machine::~Machine() = default;
+
+void Machine::LetPass(std::chrono::milliseconds) {}
+
+}  // namespace e2e
