@@ -52,6 +52,8 @@ void FormatLine(char (&line)[kLineLimit + 1], const char* format, va_list argume
     const std::size_t room = kLineLimit - kLineEnd - start;
     const int length = std::vsnprintf(line + start, room, format, arguments);
     const std::size_t text = length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1);
+    // A "%c" may have put one in; the line is not to end there.
+    std::replace(line + start, line + start + text, '\0', ' ');
     std::copy_n("\r\n", kLineEnd + 1, line + start + text);
 }
 

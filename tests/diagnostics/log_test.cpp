@@ -25,7 +25,8 @@ TEST(Log, LinesHoldTheirTextWhateverItIs) {
     Log("plain %d", 1);
     Log("%s", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE");
     Log("%s", "");
-    EXPECT_THAT(log.Lines(), ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", ""));
+    Log("a '%c' inside", 0);
+    EXPECT_THAT(log.Lines(), ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", "", "a ' ' inside"));
 }
 
 TEST(Log, ALongTextIsCutAndKeepsItsLineEnd) {
