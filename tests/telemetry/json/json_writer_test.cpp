@@ -201,22 +201,21 @@ TEST(JsonWriter, DepthHasAnEndBothWays) {
 TEST(JsonWriter, NamesGoByTheContainer) {
     const struct {
         const char* m_Name;
-        bool m_InArray, m_KeyValue;
         bool (*m_Call)(JsonWriter&);
-        bool m_Allowed, m_Fails;
+        bool m_InArray, m_KeyValue, m_Allowed, m_Fails;
     } rows[] = {
-        {"named item in array", true, false, [](JsonWriter& w) { return w.WriteInt("a", 1); }, false, true},
-        {"named flag in array", true, true, [](JsonWriter& w) { return w.WriteBool("a", true); }, false, true},
-        {"named array in array", true, false, [](JsonWriter& w) { return w.BeginArray("a"); }, false, true},
-        {"named string in array", true, false, [](JsonWriter& w) { return w.WriteString("a", "b"); }, false, false},
-        {"item in array", true, false, [](JsonWriter& w) { return w.WriteUInt64(nullptr, 1); }, true, false},
-        {"object in object", false, false, [](JsonWriter& w) { return w.Begin(); }, false, true},
-        {"number in object", false, false, [](JsonWriter& w) { return w.WriteUInt64(nullptr, 1); }, false, true},
-        {"string in object", false, false, [](JsonWriter& w) { return w.WriteString(nullptr, "b"); }, false, false},
-        {"null text", false, false, [](JsonWriter& w) { return w.WriteString("a", nullptr); }, false, false},
-        {"object in object", false, true, [](JsonWriter& w) { return w.Begin(); }, true, false},
-        {"string in object", false, true, [](JsonWriter& w) { return w.WriteString(nullptr, "b"); }, true, false},
-        {"no letter", false, false, [](JsonWriter& w) { return w.WriteEscapedChar('/'); }, false, false},
+        {"named item in array", [](JsonWriter& w) { return w.WriteInt("a", 1); }, true, false, false, true},
+        {"named flag in array", [](JsonWriter& w) { return w.WriteBool("a", true); }, true, true, false, true},
+        {"named array in array", [](JsonWriter& w) { return w.BeginArray("a"); }, true, false, false, true},
+        {"named string in array", [](JsonWriter& w) { return w.WriteString("a", "b"); }, true, false, false, false},
+        {"item in array", [](JsonWriter& w) { return w.WriteUInt64(nullptr, 1); }, true, false, true, false},
+        {"object in object", [](JsonWriter& w) { return w.Begin(); }, false, false, false, true},
+        {"number in object", [](JsonWriter& w) { return w.WriteUInt64(nullptr, 1); }, false, false, false, true},
+        {"string in object", [](JsonWriter& w) { return w.WriteString(nullptr, "b"); }, false, false, false, false},
+        {"null text", [](JsonWriter& w) { return w.WriteString("a", nullptr); }, false, false, false, false},
+        {"object in object", [](JsonWriter& w) { return w.Begin(); }, false, true, true, false},
+        {"string in object", [](JsonWriter& w) { return w.WriteString(nullptr, "b"); }, false, true, true, false},
+        {"no letter", [](JsonWriter& w) { return w.WriteEscapedChar('/'); }, false, false, false, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.m_Name);

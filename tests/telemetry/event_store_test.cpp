@@ -1,0 +1,201 @@
+#include <random>
+
+#include "telemetry/json/json_validator.h"
+#include "tests/telemetry/store_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+using EventStore = StoreFixture;
+
+TEST_F(EventStore, ASaveWritesTheQueueAndEmptiesIt) {
+    QueueEvent("STEAM_ACTION", R"("id":2,"as":false)", 100);
+    QueueEvent("STEAM_ACTION", R"("id":1,"pe":5)", 200);
+    EXPECT_TRUE(SaveEvents());
+    EXPECT_THAT(source.m_Events, IsEmpty());
+    const std::string document =
+        Document({Entry(R"(\"id\":2,\"as\":false)", "100"), Entry(R"(\"id\":1,\"pe\":5)", "200")});
+    EXPECT_EQ(ReadStore(), document);
+
+    EXPECT_TRUE(SaveEvents()) << "with nothing queued the file's own events are written again";
+    EXPECT_EQ(ReadStore(), document);
+    Remove();
+    EXPECT_TRUE(SaveEvents());
+    EXPECT_EQ(ReadStore(), "{\"metrics\":[]}");
+}
+
+TEST_F(EventStore, ASaveMergesTheEventsOfEarlierRunsBehindThoseOfThisOne) {
+    std::vector<std::string> old;
+    for (int i = 1; i <= 5; ++i) old.push_back(Entry("F" + std::to_string(i), std::to_string(i)));
+    for (const int queued : {0, 1, 6, 9, 10}) {
+        SCOPED_TRACE(queued);
+        WriteStore(Document(old));
+        std::vector<std::string> expected;
+        for (int i = 1; i <= queued; ++i) {
+            Queue("Q" + std::to_string(i), 100);
+            expected.push_back(Entry("Q" + std::to_string(i), "100"));
+        }
+        const int kept = std::min(5, 10 - queued);
+        expected.insert(expected.end(), old.end() - kept, old.end());
+        EXPECT_TRUE(SaveEvents());
+        EXPECT_EQ(ReadStore(), Document(expected));
+    }
+}
+
+TEST_F(EventStore, EntriesThatCannotBeUsedAreSkipped) {
+    const std::string good = Entry("good", "1");
+    const std::string rows[] = {
+        R"({"name":"STEAM_ACTION","data":"no time"})",
+        R"({"name":"STEAM_ACTION","time":1})",
+        R"({"data":"no name","time":1})",
+        Entry("time", R"("soon")"),
+        Entry("time", "\"\""),
+        Entry(std::string(1024, 'd'), "1"),
+        R"({"name":")" + std::string(32, 'n') + R"(","data":"","time":1})",
+        "[]",
+        "{}",
+        "17",
+        "null",
+        "\"text\"",
+    };
+    for (const std::string& row : rows) {
+        SCOPED_TRACE(row);
+        WriteStore(Document({good, row, good}));
+        source.m_Events.clear();
+        EXPECT_TRUE(LoadEvents());
+        EXPECT_THAT(Queued(), ElementsAre("good", "good"));
+    }
+    EXPECT_THAT(log.Lines(), IsEmpty());
+}
+
+TEST_F(EventStore, TimesAndTextsAreReadInEachOfTheirForms) {
+    struct {
+        std::string time;
+        std::uint64_t value;
+    } const times[] = {{"123", 123},
+                       {R"("123")", 123},
+                       {R"("0x7B")", 0x7B},
+                       {"18446744073709551615", 18446744073709551615u},
+                       {R"("0xfFfF")", 65535}};
+    for (const auto& row : times) {
+        SCOPED_TRACE(row.time);
+        WriteStore(Document({Entry("", row.time)}));
+        source.m_Events.clear();
+        EXPECT_TRUE(LoadEvents());
+        ASSERT_EQ(source.m_Events.size(), 1u);
+        EXPECT_EQ(source.m_Events[0].time, row.value);
+    }
+    struct {
+        std::string inFile;
+        std::string decoded;
+    } const texts[] = {
+        {R"(\"\\\/\b\f\n\r\t)", "\"\\/\b\f\n\r\t"},
+        {"\xE4", "\xC3\xA4"},  // one byte for each character
+        {R"(\u00e4)", "\xC3\xA4"},
+        {R"(a\u0000b)", "a"},
+        {std::string(1023, 'd'), std::string(1023, 'd')},
+    };
+    for (const auto& row : texts) {
+        SCOPED_TRACE(row.inFile);
+        WriteStore(Document({Entry(row.inFile, "1")}));
+        source.m_Events.clear();
+        EXPECT_TRUE(LoadEvents());
+        EXPECT_THAT(Queued(), ElementsAre(row.decoded));
+    }
+}
+
+TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
+    struct {
+        std::string bytes;
+        bool loads;
+        bool kept;
+        std::vector<std::string> lines;
+    } const rows[] = {
+        {"", false, true, {"JSON Validation Error: line 1, character ' ' was not { or ["}},
+        {" \n", false, true, {"JSON Validation Error: line 2, character ' ' was not { or ["}},
+        {"[]", false, true, {}},
+        {"{}", false, true, {}},
+        {R"({"other":1})", false, true, {}},
+        {R"({"metrics":17})", true, true, {}},
+        {R"({"metrics":[]})", true, true, {}},
+        {R"({"metrics":{"a":)" + Entry("in an object", "1") + "}}", true, true, {}},
+        {"\xEF\xBB\xBF{}", false, false, {"JSON Validation Error: line 1, character '"}},
+        {Document({Entry("x", "1")}).substr(0, 30), false, false, {"JSON Validation Error: "}},
+        {R"({"metrics":[]}{})",
+         false,
+         false,
+         {"JSON Validation Error: line 1 char 15, extra data following end of first object",
+          "JSON Validation Error: extra content = '{}'"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.bytes);
+        WriteStore(row.bytes);
+        source.m_Events.clear();
+        EXPECT_EQ(LoadEvents(), row.loads);
+        EXPECT_EQ(ReadStore().has_value(), row.kept);
+        const auto lines = log.Lines();
+        ASSERT_GE(lines.size(), row.lines.size());
+        EXPECT_EQ(lines.empty(), row.lines.empty());
+        for (std::size_t i = 0; i < row.lines.size(); ++i) EXPECT_THAT(lines[i], StartsWith(row.lines[i]));
+
+        // Whatever was there, a save replaces it.
+        source.m_Events.clear();
+        Queue("new", 1);
+        EXPECT_TRUE(SaveEvents());
+        EXPECT_THAT(*ReadStore(), StartsWith(Document({Entry("new", "1")}).substr(0, 50)));
+        log.Lines();
+    }
+}
+
+TEST_F(EventStore, WithoutAFileOrAPublishedSourceNothingIsLoaded) {
+    EXPECT_FALSE(LoadEvents());
+    std::filesystem::create_directory(File());
+    EXPECT_FALSE(LoadEvents());
+    Queue("lost", 1);
+    EXPECT_FALSE(SaveEvents());
+    EXPECT_THAT(source.m_Events, IsEmpty()) << "what could not be written is gone all the same";
+    g_TelemetryHooks = nullptr;
+    EXPECT_FALSE(SaveEvents());
+    g_TelemetrySource = nullptr;
+    EXPECT_FALSE(LoadEvents());
+}
+
+// Whatever was queued and whatever lay there: after a save the file is well-formed, and what can be held comes back.
+TEST_F(EventStore, AfterASaveTheFileIsAlwaysWellFormed) {
+    std::mt19937 random(20260101);
+    const auto bytes = [&](std::size_t most) {
+        std::string text(random() % (most + 1), '\0');
+        for (char& byte : text) byte = static_cast<char>(random());
+        return text;
+    };
+    for (int round = 0; round < 500; ++round) {
+        SCOPED_TRACE(round);
+        std::string old = bytes(300);
+        if (round % 2 == 0) {
+            // A real store, damaged in a few places or not at all.
+            old = Document({Entry(R"(\"id\":3,\u00e4 \xE4)", "7"), Entry("x", "\"0x7B\"")});
+            for (int i = round % 5; i > 0; --i) old[random() % old.size()] = static_cast<char>(random());
+        }
+        WriteStore(old);
+        const std::size_t queued = random() % 12;
+        for (std::size_t i = 0; i < queued; ++i) QueueEvent(bytes(40).c_str(), bytes(1100).c_str(), random());
+        ASSERT_TRUE(SaveEvents());
+
+        const std::string saved = *ReadStore();
+        WideString wide(saved.size(), WCHAR{});
+        for (std::size_t i = 0; i < saved.size(); ++i) wide[i] = static_cast<unsigned char>(saved[i]);
+        const std::string text = WideToUtf8(wide.c_str());
+        log.Bytes();
+        ASSERT_TRUE(ValidateDocument(text.data(), text.size())) << saved;
+        ASSERT_EQ(log.Bytes(), "");
+        source.m_Events.clear();
+        ASSERT_TRUE(LoadEvents());
+        EXPECT_GE(source.m_Events.size(), std::min<std::size_t>(queued, 10));
+        source.m_Events.clear();
+    }
+}
+
+}  // namespace
