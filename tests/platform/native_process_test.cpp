@@ -37,10 +37,9 @@ TEST(NativeProcess, AChildInheritsNoDescriptorAndNoSignalMask) {
     sigaddset(&blocked, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &blocked, &before);
     const int inheritable = dup(STDERR_FILENO);
-    ASSERT_NE(
-        StartShell("{ readlink /proc/$$/fd/0 /proc/$$/fd/2 /proc/$$/fd/" + std::to_string(inheritable) +
-                   "; grep SigBlk /proc/$$/status; } > " + report + ".part; mv " + report + ".part " + report),
-        0u);
+    ASSERT_NE(StartShell("{ readlink /proc/$$/fd/0 /proc/$$/fd/2 /proc/$$/fd/" + std::to_string(inheritable) +
+                         "; grep SigBlk /proc/self/status; } > " + report + ".part; mv " + report + ".part " + report),
+              0u);
     ASSERT_TRUE(test_support::WaitUntil([&] { return std::filesystem::exists(report); }));
     close(inheritable);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -76,6 +75,17 @@ TEST(NativeProcess, WhatIsNoProgramIsRefused) {
         EXPECT_FALSE(CreateProcessW(Utf8ToWide(file.c_str()).c_str(), line, nullptr, nullptr, FALSE, 0, nullptr,
                                     nullptr, &startup, &process));
         EXPECT_EQ(GetLastError(), row.error);
+    }
+}
+
+TEST(NativeText, OneReplacementForEachRunThatBeginsACharacter) {
+    const std::pair<const char*, std::size_t> rows[] = {
+        {"\xE0\x80\xAF", 3},      // overlong: no character begins so
+        {"\xED\xA0\x80", 3},      // a surrogate: nor so
+        {"\xF4\x90\x80\x80", 4},  // beyond the last character: nor so
+    };
+    for (const auto& [bytes, replacements] : rows) {
+        EXPECT_EQ(Utf8ToWide(bytes), WideString(replacements, 0xFFFD)) << replacements;
     }
 }
 

@@ -103,6 +103,9 @@ TEST(Handles, AnUnregisteredWaitIsGone) {
         ASSERT_TRUE(RegisterWaitForSingleObject(&wait, event, nothing, nullptr, INFINITE, WT_EXECUTEINWAITTHREAD));
         EXPECT_EQ(platform_testing::OpenHandleCount(), handles + 2);
         EXPECT_FALSE(CloseHandle(wait)) << "a wait is no object";
+        HANDLE other = nullptr;
+        EXPECT_FALSE(RegisterWaitForSingleObject(&other, wait, nothing, nullptr, INFINITE, WT_EXECUTEINWAITTHREAD));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE) << "nor can it be waited for";
         EXPECT_TRUE(UnregisterWaitEx(wait, nullptr));
         for (const HANDLE completion : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
             EXPECT_FALSE(UnregisterWaitEx(wait, completion));
@@ -133,7 +136,8 @@ TEST(OutsideClose, ReachesEveryWindowAndTheFirstOneToCome) {
         if (message == WM_CLOSE && ++closes == 2) PostQuitMessage(0);
         return DefWindowProcW(window, message, wParam, lParam);
     };
-    ASSERT_NE(RegisterClassExW(&windowClass), 0);
+    RegisterClassExW(&windowClass);
+    closes = 0;
     const auto create = [&] {
         CreateWindowExW(0, windowClass.lpszClassName, u"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
     };

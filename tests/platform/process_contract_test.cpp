@@ -43,8 +43,9 @@ class ProcessContract : public testing::Test {
     }
 
     std::string TakeReport() const {
-        EXPECT_TRUE(test_support::WaitUntil([&] { return std::filesystem::exists(Report()); }));
-        const std::string text = test_support::ReadAll(Report());
+        // On Windows a file that has just got its name may be held by the renaming for another moment.
+        std::string text;
+        EXPECT_TRUE(test_support::WaitUntil([&] { return !(text = test_support::ReadAll(Report())).empty(); }));
         std::filesystem::remove(Report());
         return text;
     }
