@@ -28,6 +28,17 @@ wine_make_prefix() {
     touch "$WINEPREFIX/.ready"
 }
 
+# Signal 0 only asks whether there is a server.
+wine_is_running() { wine_quietly wineserver -k0; }
+
+# The first window in a while starts a process for the desktop, which inherits streams as well and ends a second after
+# the last program. Here it starts quietly, and for so many seconds a program keeps it.
+wine_keep_desktop() {
+    local system='C:\windows\system32'
+    wine "$system\ping.exe" -n "$1" 127.0.0.1 </dev/null >/dev/null 2>&1 &
+    wine_quietly wine "$system\rundll32.exe" shell32.dll,Control_RunDLL none.cpl || true
+}
+
 # Sees to it that the prefix exists and its server runs. The argument is how long the server
 # stays without programs, in seconds; empty: until wine_stop. Two that come here at once wait for each other.
 wine_start() {
@@ -36,10 +47,10 @@ wine_start() {
     (
         flock 9
         [[ -e $WINEPREFIX/.ready ]] || wine_make_prefix 9>&- || exit 1
-        # Signal 0 only asks whether there is a server.
-        if ! wine_quietly wineserver -k0 9>&-; then
+        if ! wine_is_running 9>&-; then
             wine_quietly wineserver "-p$stay" 9>&-
             wine_quietly wine cmd /c exit 0 9>&-
+            wine_keep_desktop "${stay:-1000000}" 9>&-
         fi
     ) 9>"$WINEPREFIX.lock"
 }

@@ -12,7 +12,6 @@ std::recursive_mutex& OverlappedOperation::CompletionLock() {
 }
 
 OverlappedOperation::OverlappedOperation() : m_WaitHandle(INVALID_HANDLE_VALUE) {
-    m_Overlapped.hEvent = INVALID_HANDLE_VALUE;
     Reset();
 }
 
@@ -20,8 +19,9 @@ OverlappedOperation::~OverlappedOperation() {
     Cleanup(false);
 }
 
+// Leaves the other words of the record alone: while an operation is in flight they are the system's, which may write
+// its result at any moment until the pipe is closed.
 void OverlappedOperation::Reset() {
-    m_Overlapped = {};
     m_Overlapped.hEvent = INVALID_HANDLE_VALUE;
     m_OneShot = false;
     m_IoPending = false;
@@ -37,8 +37,8 @@ bool OverlappedOperation::Initialize(Callback callback, bool oneShot) {
         return false;
     }
     ++m_Arming;
-    m_Overlapped.Offset = 0;
-    m_Overlapped.OffsetHigh = 0;
+    m_Overlapped = {};
+    m_Overlapped.hEvent = INVALID_HANDLE_VALUE;
 
     // A wait that repeats needs an event that resets itself, or it would fire for ever.
     const HANDLE event = CreateEventW(nullptr, oneShot ? TRUE : FALSE, FALSE, nullptr);

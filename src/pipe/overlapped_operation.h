@@ -43,8 +43,8 @@ class OverlappedOperation {
     // objects at a time holds it around all of that. Recursive: callbacks arm and clean operations.
     static std::recursive_mutex& CompletionLock();
 
-    OVERLAPPED m_Overlapped;   // hEvent all ones: no event
-    bool m_IoPending = false;  // guarded by CompletionLock, like everything below
+    OVERLAPPED m_Overlapped = {};  // hEvent all ones: no event
+    bool m_IoPending = false;      // guarded by CompletionLock, like everything below
 
   private:
     static void CALLBACK OnEventSignaled(void* parameter, BOOLEAN timerOrWaitFired);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -103,6 +104,8 @@ bool LoadEvents() {
     }
     JsonToken document;
     JsonToken metrics;
+    // A token counts in 31 bits; no store of ours comes near that.
+    if (text.size() > std::numeric_limits<std::int32_t>::max()) return false;
     if (!ParseToken(document, text.data(), static_cast<std::uint32_t>(text.size()))) return false;
     if (!FindMember(document, "metrics", metrics)) return false;
     Merge(ReadEntries(metrics));

@@ -37,6 +37,8 @@ class Machine {
     const test_support::Environment& Variables() const { return m_Variables; }
 
     const std::filesystem::path& LogFile() const { return m_LogFile; }
+    // The event store. It isn't there at first.
+    const std::filesystem::path& EventFile() const { return m_EventFile; }
 
     // Moves the helper's clock where it can be moved; elsewhere time passes by itself.
     void LetPass(std::chrono::milliseconds time);
@@ -44,6 +46,7 @@ class Machine {
   private:
     test_support::Environment m_Variables;
     std::filesystem::path m_LogFile;
+    std::filesystem::path m_EventFile;
     int m_Clock = -1;
 };
 

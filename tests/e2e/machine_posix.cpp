@@ -36,12 +36,15 @@ Machine::Machine(const fs::path& folder) {
     fs::create_directory(pipes);
     m_LogFile = programData / "Tollmere Games" / "Launcher" / "tollmere_steam_helper.log";
     fs::create_directories(m_LogFile.parent_path());
+    m_EventFile = folder / "local" / "Tollmere Games" / "Launcher" / "steam_events.json";
+    fs::create_directory(folder / "local");
     mkfifo(clock.c_str(), S_IRUSR | S_IWUSR);
     // For reading too: so it can be opened, and keeps what is written, before the helper reads from it.
     m_Clock = open(clock.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
 
     m_Variables["TOLLMERE_PIPE_DIR"] = pipes.string();
     m_Variables["TOLLMERE_PROGRAM_DATA"] = programData.string();
+    m_Variables["TOLLMERE_LOCAL_APP_DATA"] = (folder / "local").string();
     m_Variables["TOLLMERE_TEST_CLOCK"] = clock.string();
     setenv("TOLLMERE_PIPE_DIR", pipes.c_str(), 1);
 }

@@ -15,10 +15,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path ProgramData() {
+fs::path LauncherFolder(const KNOWNFOLDERID& knownFolder) {
     wchar_t* text = nullptr;
-    SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &text);
-    fs::path folder = text;
+    SHGetKnownFolderPath(knownFolder, 0, nullptr, &text);
+    const fs::path folder = fs::path(text) / "Tollmere Games" / "Launcher";
     CoTaskMemFree(text);
     return folder;
 }
@@ -70,9 +70,11 @@ std::size_t OpenHandles(std::uint32_t processId) {
 }
 
 Machine::Machine(const fs::path&)
-    : m_LogFile(ProgramData() / "Tollmere Games" / "Launcher" / "tollmere_steam_helper.log") {
+    : m_LogFile(LauncherFolder(FOLDERID_ProgramData) / "tollmere_steam_helper.log"),
+      m_EventFile(LauncherFolder(FOLDERID_LocalAppData) / "steam_events.json") {
     fs::create_directories(m_LogFile.parent_path());
     fs::remove(m_LogFile);
+    fs::remove(m_EventFile);
 }
 
 Machine::~Machine() = default;

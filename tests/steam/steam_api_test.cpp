@@ -219,7 +219,7 @@ TEST_F(SteamApi, TheSecondAttemptComesFromTheGameDirectory) {
     } const rows[] = {
         {"fail-first", game, true, true}, {"only-in:" + game, game, true, true},
         {"fail", game, false, true},      {"fail-first", game + "/missing", false, false},
-        {"fail", "", false, false}, {"ok", game, true, false},
+        {"fail", "", false, false},       {"ok", game, true, false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.init + " " + row.location);

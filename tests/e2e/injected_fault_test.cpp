@@ -1,0 +1,20 @@
+#include "tests/e2e/helper_fixture.h"
+
+namespace e2e {
+
+namespace {
+
+TEST_F(HelperFixture, WithoutAWindowTheProcessEndsWithCode1) {
+    variables["TOLLMERE_TEST_FAULTS"] = "CreateWindowExW:8";
+    Start();
+    EXPECT_EQ(Helper().WaitForExit(), 1);
+    ExpectLog({std::string(33, '\\'), testing::StartsWith("Processing "), AdminState(),
+               "Failed to initialize message window. Aborting process with code 1."});
+    EXPECT_THAT(test_support::ReadAll(Surroundings().EventFile()),
+                testing::StartsWith(R"({"metrics":[{"name":"STEAM_ACTION","data":"\"id\":0,\"we\":8","time":)"));
+    EXPECT_EQ(SteamCalls(), "");
+}
+
+}  // namespace
+
+}  // namespace e2e
