@@ -157,12 +157,12 @@ TEST_F(SteamApi, TheLocationComesFromTheFirstPlaceThatHasOneAndIsNeverCut) {
 }
 
 TEST_F(SteamApi, AFullStartReadsTheUser) {
-    SetEnvironmentVariableA("STEAM_STAND_IN_PERSONA", "Ann: \xD0\x90");
+    SetEnvironmentVariableA("STEAM_STAND_IN_PERSONA", "Ann: B");
     SetEnvironmentVariableA("STEAM_STAND_IN_TICKET", "00ff7F");
     ASSERT_TRUE(api.InitClass());
     EXPECT_TRUE(api.m_Initialized);
     EXPECT_EQ(api.m_SteamId, 76561197960287930u);
-    EXPECT_STREQ(api.m_PersonaName, "Ann: \xD0\x90");
+    EXPECT_STREQ(api.m_PersonaName, "Ann: B");
     EXPECT_FALSE(api.m_Offline);
     EXPECT_STREQ(api.m_TicketText, "00FF7F");
     EXPECT_EQ(api.m_TicketLength, 3u);
