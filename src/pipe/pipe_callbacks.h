@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 
 // What the pipe server tells its owner. All four run on the wait thread, one at a time. None is ever empty: a
@@ -12,7 +11,7 @@ struct PipeCallbacks {
     // Directly after OnConnected, with the pipe's handle, which the server keeps. The result isn't looked at.
     std::function<bool(void* pipe)> OnClientHandle = [](void*) { return true; };
 
-    // The client is gone and the pipe has been created anew.
+    // The client is gone. The pipe has been created anew, or that has failed, with its lines logged.
     std::function<void()> OnDisconnected = [] {};
 
     // A read has delivered `size` bytes, which can be 0. They are the server's and valid during the call only; nothing
