@@ -91,6 +91,7 @@ TEST_F(PipeInput, NothingThatIsWrittenEndsTheService) {
         Leave();
         Connect();
         ExpectService(77);
+        ASSERT_FALSE(HasFailure());
     }
     CloseFromOutside();
 }

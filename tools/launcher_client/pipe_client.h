@@ -27,8 +27,9 @@ class PipeClient {
     // else.
     bool TryOpen(const std::string& name);
 
-    // Tries until it works or `limit` has passed, with a pause of 50 ms between two tries: a client that
-    // hammers keeps the server from listening.
+    // Tries until it works or `limit` has passed, with a pause of 50 ms before each try but the very first of the
+    // object, and after a Close as well. A server that makes its pipe anew is for a moment open to clients without
+    // listening, and a client of that moment leaves it without a pipe.
     bool Open(const std::string& name, std::chrono::milliseconds limit);
 
     // Writes all of `bytes`, or as much as goes in before the outcome is not Done.
@@ -42,7 +43,10 @@ class PipeClient {
 
   private:
     struct Connection;
+    void Disconnect();
+
     std::unique_ptr<Connection> m_Connection;
+    std::chrono::steady_clock::time_point m_NextTry;  // of Open
 };
 
 }  // namespace launcher

@@ -58,6 +58,10 @@ PipeClient::~PipeClient() = default;
 PipeClient::PipeClient(PipeClient&&) noexcept = default;
 PipeClient& PipeClient::operator=(PipeClient&&) noexcept = default;
 
+void PipeClient::Disconnect() {
+    m_Connection.reset();
+}
+
 bool PipeClient::TryOpen(const std::string& name) {
     Close();
     const std::string path = PipeDirectory() + "/" + name;
@@ -102,10 +106,6 @@ Outcome PipeClient::Read(std::string& bytes, std::chrono::milliseconds limit) {
         }
         if (count == 0 || !IsRetry(errno)) return Outcome::Lost;
     }
-}
-
-void PipeClient::Close() {
-    m_Connection.reset();
 }
 
 }  // namespace launcher

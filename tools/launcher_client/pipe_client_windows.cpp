@@ -69,6 +69,10 @@ PipeClient::~PipeClient() = default;
 PipeClient::PipeClient(PipeClient&&) noexcept = default;
 PipeClient& PipeClient::operator=(PipeClient&&) noexcept = default;
 
+void PipeClient::Disconnect() {
+    m_Connection.reset();
+}
+
 bool PipeClient::TryOpen(const std::string& name) {
     Close();
     // The server may learn who the client is, but may not act in its name.
@@ -110,10 +114,6 @@ Outcome PipeClient::Read(std::string& bytes, std::chrono::milliseconds limit) {
     if (outcome == Outcome::Done && count == 0) return Outcome::Lost;
     if (outcome == Outcome::Done) bytes.append(buffer.data(), count);
     return outcome;
-}
-
-void PipeClient::Close() {
-    m_Connection.reset();
 }
 
 }  // namespace launcher
