@@ -1,6 +1,5 @@
 #include "telemetry/text_file.h"
 
-#include <algorithm>
 #include <string>
 
 bool ReadTextFile(const WideString& path, WideString& text) {
@@ -20,9 +19,12 @@ bool ReadTextFile(const WideString& path, WideString& text) {
 }
 
 bool WriteTextFile(const WideString& path, const WideString& text) {
-    std::string bytes(text.size(), '\0');
-    std::transform(text.begin(), text.end(), bytes.begin(),
-                   [](WCHAR unit) { return unit <= 0xFF ? static_cast<char>(unit) : '?'; });
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (const WCHAR unit : text) {
+        const bool isSecondOfPair = (unit & 0xFC00) == 0xDC00;
+        if (!isSecondOfPair) bytes += unit <= 0xFF ? static_cast<char>(unit) : '?';
+    }
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) return false;

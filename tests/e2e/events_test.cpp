@@ -1,6 +1,7 @@
 // Which events a run leaves in the store, byte for byte but for the times.
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "tests/e2e/helper_fixture.h"

@@ -8,7 +8,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>

@@ -1,3 +1,5 @@
+#include <nlohmann/json.hpp>
+
 #include "tests/e2e/helper_fixture.h"
 #include "tests/support/limits.h"
 
@@ -22,9 +24,14 @@ class Launch : public HelperFixture {
         fs::remove(m_Record);
         Send(launcher::LaunchRequest(requestId, ToUtf8(m_Game), ToUtf8(m_Directory), requestedArguments));
         const std::string body = Receive();
-        EXPECT_TRUE(test_support::WaitUntil([&] { return fs::exists(m_Record); })) << body;
-        json record = json::parse(test_support::ReadAll(m_Record), nullptr, false);
-        if (record.is_discarded()) return json::object();
+        // A file that has just got its name may still be closed to others.
+        json record;
+        const bool found = test_support::WaitUntil([&] {
+            record = json::parse(test_support::ReadAll(m_Record), nullptr, false);
+            return record.is_object();
+        });
+        EXPECT_TRUE(found) << body;
+        if (!found) return json::object();
         EXPECT_EQ(body, "launch_response:" + std::to_string(requestId) + ":" + record["process_id"].dump());
         return record;
     }

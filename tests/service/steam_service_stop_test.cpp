@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -33,28 +34,38 @@ class Hammer {
     }
     int Connections() const { return m_Connections; }
     int Answers() const { return m_Answers; }
-    // A client that never pauses would come between the pipe's creation and its listening nearly every time.
-    void LetGo(bool go) { m_Go = go; }
+    // A client that never pauses would come between the pipe's creation and its listening nearly every time. When this
+    // has stopped the hammer, no visit of it is under way any more.
+    void LetGo(bool go) {
+        m_Go = go;
+        const std::lock_guard visit(m_Visit);
+    }
 
   private:
     void Run() {
         const std::string requests = launcher::MakeFrame("info_request:1") + launcher::MakeFrame("launch_request:2") +
                                      launcher::MakeFrame("info_request:3");
         for (int round = 0; !m_Stop; ++round) {
-            launcher::PipeClient client;
-            if (!m_Go || !client.TryOpen("TollmereSteamHelper")) {
-                std::this_thread::yield();
-                continue;
+            {
+                const std::lock_guard visit(m_Visit);
+                if (m_Go) Visit(round, requests);
             }
-            ++m_Connections;
-            for (int i = 0; i < round % 8; ++i) client.Write(requests, milliseconds(100));
-            std::string answer;
-            if (round % 3 == 0 && client.Read(answer, milliseconds(20)) == launcher::Outcome::Done) ++m_Answers;
+            std::this_thread::yield();
         }
+    }
+
+    void Visit(int round, const std::string& requests) {
+        launcher::PipeClient client;
+        if (!client.TryOpen("TollmereSteamHelper")) return;
+        ++m_Connections;
+        for (int i = 0; i < round % 8; ++i) client.Write(requests, milliseconds(100));
+        std::string answer;
+        if (round % 3 == 0 && client.Read(answer, milliseconds(20)) == launcher::Outcome::Done) ++m_Answers;
     }
 
     std::atomic<bool> m_Stop = false;
     std::atomic<bool> m_Go = false;
+    std::mutex m_Visit;
     std::atomic<int> m_Connections = 0;
     std::atomic<int> m_Answers = 0;
     std::thread m_Thread;

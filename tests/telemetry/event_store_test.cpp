@@ -107,6 +107,12 @@ TEST_F(EventStore, TimesAndTextsAreReadInEachOfTheirForms) {
     }
 }
 
+TEST_F(EventStore, ACharacterBeyondAByteIsWrittenAsOneQuestionMark) {
+    Queue("\xC3\xBF \xC4\x80 \xE2\x82\xAC \xF0\x9F\x8E\xAE.", 1);
+    EXPECT_TRUE(SaveEvents());
+    EXPECT_EQ(ReadStore(), Document({Entry("\xFF ? ? ?.", "1")}));
+}
+
 TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
     struct {
         std::string bytes;
