@@ -2,6 +2,10 @@
 
 set(TOLLMERE_SANITIZE "" CACHE STRING "Value of -fsanitize for the whole build, or empty")
 
+# The system's headers take most of the time of a build for Windows. One preset does without this, so that a missing
+# include is seen.
+option(TOLLMERE_PRECOMPILE "Compile the headers that most files of the program use once" ON)
+
 add_library(tollmere_compiler INTERFACE)
 target_include_directories(tollmere_compiler INTERFACE "${CMAKE_SOURCE_DIR}/src")
 if(MSVC)
