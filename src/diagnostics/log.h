@@ -1,8 +1,8 @@
 #pragma once
 
 // The one diagnostic channel of the process: no levels, no categories. Any thread may log at any time, from the first
-// statement of the entry on. A line goes to the debugger at once and to the log file with the next flush, at most 10 s
-// later. Failures of the log are never reported; they cost the text that was waiting.
+// statement of the entry on. A line goes to the debugger at once and to the log file with the next flush, usually
+// within 10 s. Failures of the log are never reported; they cost the text that was waiting.
 //
 // A call may change the last error: read it before logging.
 
@@ -13,7 +13,7 @@
 // Logs one line: local time, process and thread id, the text, CR LF. A text beyond about 2,000 bytes is cut.
 //
 // Wide text is given as "%s" with WideToUtf8(text).c_str(). A "%ls" would go through the C runtime's locale, which
-// drops the line at the first character beyond ASCII; no build of ours accepts it from WCHAR text.
+// drops the line at the first character beyond ASCII; the Linux build refuses to compile it.
 void Log(const char* format, ...) PRINTF_LIKE(1, 2);
 
 // Appends the waiting lines to the file now. With none waiting it does nothing.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwctype>
 #include <exception>
+#include <string>
 
 #include "diagnostics/log.h"
 
@@ -42,7 +43,7 @@ void GlobalConfig::ParseArguments(int argc, const WCHAR* const* argv) {
 
 void GlobalInt::SetValue(const WideString& text) {
     try {
-        m_Value = std::stoi(WideToUtf8(text.c_str()));
+        m_Value = std::stoi(std::wstring(text.begin(), text.end()));
     } catch (const std::exception&) {
         m_WasSet = false;
         m_Value = 0;

@@ -1,8 +1,10 @@
 #include "host/process.h"
 
 #include <atomic>
+#include <cstdint>
+#include <exception>
+#include <functional>
 #include <string>
-#include <system_error>
 #include <thread>
 
 #include "diagnostics/log.h"
@@ -23,8 +25,8 @@ bool RunService(HWND& window) {
     std::thread worker;
     try {
         worker = std::thread(SteamServiceThread, std::ref(running), window);
-    } catch (const std::system_error& error) {
-        Log("Failed to start worker thread (%d). Aborting process with code 1.", error.code().value());
+    } catch (const std::exception& error) {
+        Log("Failed to start worker thread (%s). Aborting process with code 1.", error.what());
         return false;
     }
     PumpMessages();

@@ -48,13 +48,12 @@ bool FindParentProcessId(DWORD& parentId) {
     return readable;
 }
 
-// The path of the process's executable; false, with nothing reported, if it can't be read or doesn't fit.
-bool ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity]) {
+// The path of the process's executable; false, with nothing reported, if it can't be read. One that doesn't fit is cut.
+bool ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity + 1]) {
     HMODULE module = nullptr;  // the first module of a process is its executable
     DWORD needed = 0;
     if (!K32EnumProcessModules(process, &module, sizeof module, &needed)) return false;
-    const DWORD length = K32GetModuleFileNameExW(process, module, path, kPathCapacity);
-    return length != 0 && length < kPathCapacity && path[length] == 0;
+    return K32GetModuleFileNameExW(process, module, path, kPathCapacity) != 0;
 }
 
 }  // namespace
@@ -91,7 +90,7 @@ bool GetParentProcessDirectory(char (&out)[kPathCapacity]) {
         ReportLastError("Could not do OpenProcess on parent process.");
         return false;
     }
-    WCHAR widePath[kPathCapacity] = {};
+    WCHAR widePath[kPathCapacity + 1] = {};  // a path that was cut need not be terminated
     const bool found = ReadExecutablePath(process, widePath);
     CloseHandle(process);
     if (!found) return false;

@@ -12,7 +12,7 @@ enum class AdminState {
     UacDisabled = 3  // not an administrator, or unknown, and UAC is off
 };
 
-// Computed by the first call and kept. Main thread, before any other exists. Logs nothing.
+// Computed by the first call and kept. Main thread only, before the worker exists. Logs nothing.
 AdminState GetAdminState();
 
 // True only if the registry says for certain that User Account Control is off.

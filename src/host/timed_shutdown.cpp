@@ -10,7 +10,7 @@ constexpr ULONG kTimeOutMilliseconds = 20'000;
 
 // All ones: none. No lock: the worker's uses and the wait thread's are ordered by the pipe's creation and by the stop
 // of its deliveries; the time-out itself doesn't touch them. A cancel on the wait thread can't meet a time-out that is
-// running out, either: both run there, one at a time.
+// running out, either: we rely on the system to run all WT_EXECUTEINWAITTHREAD callbacks of the process on one thread.
 HANDLE g_ShutdownEvent = INVALID_HANDLE_VALUE;
 HANDLE g_ShutdownWait = INVALID_HANDLE_VALUE;
 

@@ -12,5 +12,7 @@
 // logged; entries that can't be used are skipped.
 bool LoadEvents();
 
-// Merges, writes the whole queue and empties it. False if the file can't be opened for writing, without a line.
+// Merges, writes the whole queue and empties it. The source is published. False, without a line, if there is no path
+// for the file, if it can't be opened for writing, or if the text doesn't fit, in which case the old file stays and the
+// queue keeps the events that were not yet written.
 bool SaveEvents();

@@ -34,7 +34,8 @@ static void CopyText(char (&field)[capacity], const char* text) {
 
 bool QueueEvent(const char* name, const char* data, std::uint64_t time) {
     auto& events = g_TelemetrySource->m_Events;
-    if (static_cast<std::int32_t>(events.size()) >= g_TelemetrySource->GetMaxEvents()) events.erase(events.begin());
+    const bool isFull = static_cast<std::int32_t>(events.size()) >= g_TelemetrySource->GetMaxEvents();
+    if (isFull && !events.empty()) events.erase(events.begin());
     TelemetryEvent& event = events.emplace_back();
     CopyText(event.name, name);
     CopyText(event.data, data);

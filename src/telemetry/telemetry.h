@@ -43,7 +43,7 @@ struct TelemetryHooks {
 extern ExternalTelemetrySource* g_TelemetrySource;
 extern TelemetryHooks* g_TelemetryHooks;
 
-// Recursive: the last save takes it four levels deep.
+// Recursive: the last save takes it three levels deep.
 extern std::recursive_mutex& g_TelemetryLock;
 
 // Appends an event; always true. A full queue loses its oldest one. A text that doesn't fit its field is cut at a whole

@@ -10,8 +10,8 @@
 // Nothing checks that all containers have been closed.
 //
 // Names and texts are NUL-terminated UTF-8. Each operation gives true while nothing has failed, unless it
-// says otherwise. Lack of room and a wrong depth are logged, once; a name that isn't allowed where it stands
-// is not. One thread.
+// says otherwise. Lack of room is logged once, a wrong depth at each call; a name that isn't allowed where it
+// stands is not logged. One thread.
 
 #include <cstddef>
 #include <cstdint>
