@@ -22,7 +22,7 @@ bool SteamHelperTelemetry::AcceptsEvent(const char* name) {
 
 template <std::size_t capacity>
 static void CopyText(char (&field)[capacity], const char* text) {
-    const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    const auto isContinuation = [](char unit) { return (static_cast<unsigned char>(unit) & 0xC0) == 0x80; };
     std::size_t length = strnlen(text, capacity);
     if (length == capacity) {
         --length;

@@ -174,7 +174,7 @@ TEST_F(EventStore, AfterASaveTheFileIsAlwaysWellFormed) {
     std::mt19937 random(20260101);
     const auto bytes = [&](std::size_t most) {
         std::string text(random() % (most + 1), '\0');
-        for (char& byte : text) byte = static_cast<char>(random());
+        for (char& unit : text) unit = static_cast<char>(random());
         return text;
     };
     for (int round = 0; round < 500; ++round) {

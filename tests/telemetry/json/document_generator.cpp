@@ -4,11 +4,11 @@ using namespace std::string_literals;
 
 static std::vector<std::string> Characters(const std::string& text) {
     std::vector<std::string> characters;
-    for (const char byte : text) {
-        if ((static_cast<unsigned char>(byte) & 0xC0) == 0x80) {
-            characters.back() += byte;
+    for (const char unit : text) {
+        if ((static_cast<unsigned char>(unit) & 0xC0) == 0x80) {
+            characters.back() += unit;
         } else {
-            characters.emplace_back(1, byte);
+            characters.emplace_back(1, unit);
         }
     }
     return characters;
