@@ -27,7 +27,19 @@ if(WIN32)
   target_compile_definitions(tollmere_compiler INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
   if(NOT MSVC)
-    # Static: no DLL of the compiler beside the program. No time stamp: the same inputs give the same bytes.
+    # Static: no DLL of the compiler beside the program. No time stamp and no path of the machine: the same inputs give
+    # the same bytes.
     add_link_options(-static -Wl,--no-insert-timestamp)
+    add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
   endif()
 endif()
+
+# tollmere_split_symbols(TARGET): the program's debug symbols go to a file of their own beside it, which it names.
+function(tollmere_split_symbols target)
+  if(WIN32 AND NOT MSVC)
+    set(symbols "$<TARGET_FILE:${target}>.debug")
+    add_custom_command(TARGET ${target} POST_BUILD
+      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
+      COMMAND ${CMAKE_OBJCOPY} --strip-all "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>")
+  endif()
+endfunction()

@@ -83,6 +83,7 @@ class HelperFixture : public testing::Test {
     test_support::ChildProcess& Helper() { return *m_Process; }
     launcher::PipeClient& Launcher() { return m_Launcher; }
     Machine& Surroundings() { return m_Machine; }
+    const Machine& Surroundings() const { return m_Machine; }
 
   private:
     test_support::TempFolder m_Folder;

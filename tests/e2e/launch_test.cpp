@@ -21,8 +21,12 @@ class Launch : public HelperFixture {
 
     // Has the game started and gives what it saw.
     json StartGame(std::uint64_t requestId, const std::string& requestedArguments) {
+        return StartGame(requestId, m_Game, m_Directory, requestedArguments);
+    }
+    json StartGame(std::uint64_t requestId, const fs::path& game, const fs::path& directory,
+                   const std::string& requestedArguments) {
         fs::remove(m_Record);
-        Send(launcher::LaunchRequest(requestId, ToUtf8(m_Game), ToUtf8(m_Directory), requestedArguments));
+        Send(launcher::LaunchRequest(requestId, ToUtf8(game), ToUtf8(directory), requestedArguments));
         const std::string body = Receive();
         // A file that has just got its name may still be closed to others.
         json record;
@@ -78,6 +82,44 @@ TEST_F(Launch, TheHelpersOwnArgumentsComeBeforeTheRequested) {
         EXPECT_EQ(StartGame(++requestId, row.requested)["arguments"], json(row.seen));
         Leave();
         CloseFromOutside();
+    }
+}
+
+TEST_F(Launch, TheGameOutlivesTheHelper) {
+    variables["SAMPLE_GAME_SECONDS"] = "600";
+    StartService();
+    Connect();
+    const std::uint32_t game = StartGame(1, "")["process_id"];
+    Leave();
+    CloseFromOutside();
+    EXPECT_TRUE(IsProcessRunning(game));
+    EndProcess(game);
+}
+
+// Latin, Cyrillic, Chinese, a character of two UTF-16 units.
+TEST_F(Launch, NamesOfEveryScriptGetThrough) {
+    for (const char* const name :
+         {"zo\u00EB", "\u043F\u0440\u0438\u0432\u0435\u0442", "\u6F22\u5B57", "\U0001F3AE\u00E9"}) {
+        SCOPED_TRACE(name);
+        const fs::path directory = Home().parent_path() / test_support::FromUtf8(name);
+        const fs::path game = directory / test_support::FromUtf8(ProgramFile(name));
+        fs::create_directory(directory);
+        fs::copy_file(m_Game, game);
+        variables["STEAM_STAND_IN_PERSONA"] = name;
+        variables["SteamLocation"] = ToUtf8(directory);
+        arguments = {"-steamAppID=480", std::string("-") + name};
+        StartService();
+        Connect();
+        Send("info_request:1");
+        ExpectAnswer(std::string("info_response:1:") + kSteamId + ":" + name + ":10:" + kTicket);
+        const json record = StartGame(2, game, directory, name);
+        EXPECT_EQ(record["arguments"], (json{"-steamAppID=480", std::string("-") + name, name}));
+        EXPECT_TRUE(fs::equivalent(test_support::FromUtf8(record.value("directory", "")), directory));
+        CloseFromOutside();
+        EXPECT_EQ(CountInLog("Processed Steam Location from Environment: " + ToUtf8(directory)), 1);
+        EXPECT_EQ(CountInLog("Game Exe: " + ToUtf8(game)), 1);
+        EXPECT_EQ(CountInLog(std::string("Launch Args: -steamAppID=480 -") + name + " " + name), 1);
+        Leave();
     }
 }
 

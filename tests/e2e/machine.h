@@ -24,6 +24,10 @@ std::vector<std::filesystem::path> WorkingStandIns();
 // How many handles or descriptors the process holds.
 std::size_t OpenHandles(std::uint32_t processId);
 
+// Of a process that somebody else started for us.
+bool IsProcessRunning(std::uint32_t processId);
+void EndProcess(std::uint32_t processId);
+
 // The surroundings of one run of the helper: its pipe, its log, its clock.
 class Machine {
   public:

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <iterator>
 
@@ -27,6 +28,14 @@ std::vector<fs::path> WorkingStandIns() {
 std::size_t OpenHandles(std::uint32_t processId) {
     const fs::directory_iterator descriptors("/proc/" + std::to_string(processId) + "/fd");
     return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+bool IsProcessRunning(std::uint32_t processId) {
+    return kill(static_cast<pid_t>(processId), 0) == 0;
+}
+
+void EndProcess(std::uint32_t processId) {
+    kill(static_cast<pid_t>(processId), SIGKILL);
 }
 
 Machine::Machine(const fs::path& folder) {

@@ -69,6 +69,21 @@ std::size_t OpenHandles(std::uint32_t processId) {
                       [&](const SystemHandle& handle) { return handle.processId == processId; }));
 }
 
+bool IsProcessRunning(std::uint32_t processId) {
+    const HANDLE process = OpenProcess(SYNCHRONIZE, FALSE, processId);
+    if (process == nullptr) return false;
+    const bool isRunning = WaitForSingleObject(process, 0) == WAIT_TIMEOUT;
+    CloseHandle(process);
+    return isRunning;
+}
+
+void EndProcess(std::uint32_t processId) {
+    const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, processId);
+    if (process == nullptr) return;
+    TerminateProcess(process, 1);
+    CloseHandle(process);
+}
+
 Machine::Machine(const fs::path&)
     : m_LogFile(LauncherFolder(FOLDERID_ProgramData) / "tollmere_steam_helper.log"),
       m_EventFile(LauncherFolder(FOLDERID_LocalAppData) / "steam_events.json") {

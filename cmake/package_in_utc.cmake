@@ -1,0 +1,2 @@
+# Archives of this kind hold local times.
+set(ENV{TZ} UTC)
