@@ -9,7 +9,9 @@ option(TOLLMERE_PRECOMPILE "Compile the headers that most files of the program u
 add_library(tollmere_compiler INTERFACE)
 target_include_directories(tollmere_compiler INTERFACE "${CMAKE_SOURCE_DIR}/src")
 if(MSVC)
-  target_compile_options(tollmere_compiler INTERFACE /W4 /WX /utf-8)
+  target_compile_options(tollmere_compiler INTERFACE /W4 /WX /utf-8 /permissive-)
+  # It warns of the standard's own text functions.
+  target_compile_definitions(tollmere_compiler INTERFACE _CRT_SECURE_NO_WARNINGS)
 else()
   target_compile_options(tollmere_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror

@@ -76,12 +76,12 @@ TEST_F(Lifetime, VisitsLeaveNoHandlesBehind) {
         Connect();
         ExpectService(visit);
         ASSERT_FALSE(HasFailure()) << "in visit " << visit;
-        if (visit == 2) handles = OpenHandles(Helper().Id());
+        if (visit == 2) handles = FootprintOf(Helper().Id()).handles;
         if (visit < 200) Leave();
     }
     EXPECT_GT(handles, 0u);
     // The log may just have its timer armed, or its file open: a handful, whatever the number of visits.
-    EXPECT_LE(OpenHandles(Helper().Id()), handles + 4);
+    EXPECT_LE(FootprintOf(Helper().Id()).handles, handles + 4);
     CloseFromOutside();
 }
 

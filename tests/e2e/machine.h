@@ -21,8 +21,12 @@ std::string ProgramFile(const std::string& name);
 // The builds of the stand-in for the Steam client that work.
 std::vector<std::filesystem::path> WorkingStandIns();
 
-// How many handles or descriptors the process holds.
-std::size_t OpenHandles(std::uint32_t processId);
+// What a process holds.
+struct Footprint {
+    std::size_t handles = 0;  // or descriptors
+    std::size_t privateBytes = 0;
+};
+Footprint FootprintOf(std::uint32_t processId);
 
 // Of a process that somebody else started for us.
 bool IsProcessRunning(std::uint32_t processId);

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <iterator>
 
 #include "tests/e2e/machine.h"
@@ -25,9 +27,17 @@ std::vector<fs::path> WorkingStandIns() {
     return {BinFolder() / "steam_api64.dll"};
 }
 
-std::size_t OpenHandles(std::uint32_t processId) {
-    const fs::directory_iterator descriptors("/proc/" + std::to_string(processId) + "/fd");
-    return static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+Footprint FootprintOf(std::uint32_t processId) {
+    const fs::path process = "/proc/" + std::to_string(processId);
+    const fs::directory_iterator descriptors(process / "fd");
+    Footprint footprint;
+    footprint.handles = static_cast<std::size_t>(std::distance(begin(descriptors), end(descriptors)));
+    std::ifstream status(process / "status");
+    for (std::string line; std::getline(status, line);) {
+        unsigned long kilobytes = 0;
+        if (std::sscanf(line.c_str(), "RssAnon: %lu kB", &kilobytes) == 1) footprint.privateBytes = kilobytes * 1024;
+    }
+    return footprint;
 }
 
 bool IsProcessRunning(std::uint32_t processId) {

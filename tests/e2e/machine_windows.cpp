@@ -2,6 +2,7 @@
 // The order matters: the others need the types of windows.h.
 #include <knownfolders.h>
 #include <objbase.h>
+#include <psapi.h>
 #include <shlobj.h>
 #include <winternl.h>
 
@@ -55,7 +56,7 @@ std::vector<fs::path> WorkingStandIns() {
     return {BinFolder() / "steam_api64.dll", BinFolder() / "stand_in_variants" / "steam_api64_msvc.dll"};
 }
 
-std::size_t OpenHandles(std::uint32_t processId) {
+static std::size_t OpenHandles(std::uint32_t processId) {
     std::vector<std::uint64_t> memory(1 << 12);
     ULONG needed = 0;
     while (NtQuerySystemInformation(kSystemHandleInformation, memory.data(),
@@ -67,6 +68,14 @@ std::size_t OpenHandles(std::uint32_t processId) {
     return static_cast<std::size_t>(
         std::count_if(all->handles, all->handles + all->count,
                       [&](const SystemHandle& handle) { return handle.processId == processId; }));
+}
+
+Footprint FootprintOf(std::uint32_t processId) {
+    PROCESS_MEMORY_COUNTERS memory = {};
+    const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, processId);
+    K32GetProcessMemoryInfo(process, &memory, sizeof memory);
+    CloseHandle(process);
+    return {OpenHandles(processId), memory.PagefileUsage};
 }
 
 bool IsProcessRunning(std::uint32_t processId) {
