@@ -12,6 +12,7 @@ windows_packages=(
     wine wine64
     clang-14 # a DLL in the convention of Microsoft's compiler, for the tests
 )
+fuzz_packages=(clang-14 libclang-rt-14-dev)
 format_packages=(clang-format-14)
 lint_packages=(clang-tidy-14)
 

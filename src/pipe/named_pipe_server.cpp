@@ -209,7 +209,7 @@ void NamedPipeServer::StopDeliveries() {
     {
         // All three in one go: a completion in between could arm another.
         const std::lock_guard lock(OverlappedOperation::CompletionLock());
-        for (int i = 0; i < kOperationCount; ++i) waits[i] = g_PipeOperations[i].Disarm();
+        for (std::size_t i = 0; i < kOperationCount; ++i) waits[i] = g_PipeOperations[i].Disarm();
         g_Callbacks = nullptr;
         g_Connected = false;
     }

@@ -6,18 +6,6 @@ namespace {
 
 class Lifetime : public HelperFixture {};
 
-TEST_F(Lifetime, EndsWhenNoLauncherComes) {
-    StartService();
-    ExpectEndByTimeout();
-    const std::vector<std::string> log = Log();
-    ASSERT_GE(log.size(), 6u);
-    EXPECT_THAT(
-        std::vector<std::string>(log.end() - 6, log.end()),
-        testing::ElementsAreArray(Join({Lines{testing::StartsWith("OnGetAuthSessionTicketResponse"),
-                                              "Connection timed out, terminating.", "Steam Service ready to exit."},
-                                        EndOfService()})));
-}
-
 TEST_F(Lifetime, EndsWhenItsWindowIsClosed) {
     for (const bool connected : {false, true}) {
         SCOPED_TRACE(connected);

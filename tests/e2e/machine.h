@@ -50,6 +50,8 @@ class Machine {
 
     // Moves the helper's clock where it can be moved; elsewhere time passes by itself.
     void LetPass(std::chrono::milliseconds time);
+    // Takes back what no helper has noticed, so that it doesn't pass for the next one.
+    void TakeBackTime();
 
   private:
     test_support::Environment m_Variables;

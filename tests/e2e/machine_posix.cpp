@@ -78,4 +78,10 @@ void Machine::LetPass(std::chrono::milliseconds time) {
     [[maybe_unused]] const ssize_t written = write(m_Clock, line.data(), line.size());
 }
 
+void Machine::TakeBackTime() {
+    char ignored[4096];
+    while (read(m_Clock, ignored, sizeof ignored) > 0) {
+    }
+}
+
 }  // namespace e2e

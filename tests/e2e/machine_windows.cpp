@@ -105,4 +105,6 @@ Machine::~Machine() = default;
 
 void Machine::LetPass(std::chrono::milliseconds) {}
 
+void Machine::TakeBackTime() {}
+
 }  // namespace e2e

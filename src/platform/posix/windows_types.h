@@ -134,13 +134,7 @@ using BOOLEAN = BYTE;
 struct OVERLAPPED {
     ULONG_PTR Internal;
     ULONG_PTR InternalHigh;
-    union {
-        __extension__ struct {
-            DWORD Offset;
-            DWORD OffsetHigh;
-        };
-        void* Pointer;
-    };
+    void* Pointer;  // a position in Windows' form; pipes have none
     HANDLE hEvent;
 };
 

@@ -1,0 +1,43 @@
+// Any text through the validator, the reader and a parser that nobody here wrote.
+
+#include <memory>
+
+#include "fuzz/input.h"
+#include "telemetry/json/json_string.h"
+#include "telemetry/json/json_token.h"
+#include "telemetry/json/json_validator.h"
+#include "tests/telemetry/json/other_parser.h"
+
+namespace {
+
+// All tokens, their strings decoded. The reader is given what no validator has seen, too.
+void Walk(const JsonToken& parent, int depth) {
+    if (depth > 100) return;
+    JsonToken token;
+    for (bool more = FirstChild(parent, token); more; more = NextToken(token, token)) {
+        char text[64];
+        std::size_t length = 0;
+        GetString(token, text, sizeof text, &length);
+        Walk(token, depth + 1);
+    }
+    FindMember(parent, "metrics", token);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // As large as the text, so that a look beyond it is noticed.
+    const auto text = std::make_unique<char[]>(size);
+    std::copy_n(data, size, text.get());
+    ValidateDocument(text.get(), size);
+    JsonToken token;
+    if (ParseToken(token, text.get(), static_cast<std::uint32_t>(size))) Walk(token, 0);
+
+    // The other parser judges the encoding too, ours takes it for granted.
+    std::string plain(text.get(), size);
+    for (char& character : plain) character = static_cast<char>(character & 0x7F);
+    if (WeAccept(plain) && TheyAccept(plain)) Require(AreWalkedAlike(plain), "both see the same tokens");
+    RemoveDifferences(plain);
+    Require(WeAccept(plain) == TheyAccept(plain), "both judge alike, but for what is known");
+    return 0;
+}
