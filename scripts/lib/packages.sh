@@ -10,6 +10,7 @@ native_packages=(
 windows_packages=(
     binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev
     wine wine64
+    zip # the package
     clang-14 # a DLL in the convention of Microsoft's compiler, for the tests
 )
 fuzz_packages=(clang-14 libclang-rt-14-dev)

@@ -105,7 +105,7 @@ bool LoadEvents() {
     JsonToken document;
     JsonToken metrics;
     // A token counts in 31 bits; no store of ours comes near that.
-    if (text.size() > std::numeric_limits<std::int32_t>::max()) return false;
+    if (text.size() > std::size_t{std::numeric_limits<std::int32_t>::max()}) return false;
     if (!ParseToken(document, text.data(), static_cast<std::uint32_t>(text.size()))) return false;
     if (!FindMember(document, "metrics", metrics)) return false;
     Merge(ReadEntries(metrics));

@@ -1,6 +1,6 @@
 #pragma once
 
-// The store file: a small JSON document with the newest events of this run and of earlier ones,
+// The store file: a small JSON document with the events of this run and, as far as there is room, of earlier ones,
 //
 //   {"metrics":[{"name":"STEAM_ACTION","data":"\"id\":2,\"as\":false","time":100}]}
 //

@@ -26,7 +26,7 @@ class ExternalTelemetrySource {
     std::vector<TelemetryEvent> m_Events;  // oldest first
 };
 
-// The one source of this process: the newest ten "STEAM_ACTION" events.
+// The one source of this process: at most ten "STEAM_ACTION" events.
 class SteamHelperTelemetry final : public ExternalTelemetrySource {
   public:
     const char* GetFileName() override { return "steam_events.json"; }

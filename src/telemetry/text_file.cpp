@@ -9,10 +9,11 @@ bool ReadTextFile(const WideString& path, WideString& text) {
     WideString read;
     unsigned char block[4096];
     DWORD count = 0;
-    bool succeeded = false;
-    while ((succeeded = ReadFile(file, block, sizeof block, &count, nullptr) != FALSE) && count != 0) {
-        read.append(block, block + count);
-    }
+    bool succeeded = true;
+    do {
+        succeeded = ReadFile(file, block, sizeof block, &count, nullptr) != FALSE;
+        if (succeeded) read.append(block, block + count);
+    } while (succeeded && count != 0);
     CloseHandle(file);
     if (succeeded) text = std::move(read);
     return succeeded;

@@ -26,6 +26,10 @@ class Executable : public testing::Test {
         m_Module = LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
     }
     ~Executable() override { FreeLibrary(m_Module); }
+    void SetUp() override {
+        ASSERT_GT(m_Bytes.size(), std::size_t{4096});
+        ASSERT_NE(m_Module, nullptr);
+    }
 
     template <typename T>
     const T* At(std::size_t offset) const {
@@ -115,6 +119,7 @@ TEST_F(Executable, CarriesItsIconInEachSize) {
 
 TEST_F(Executable, CarriesTheVersionOfTheBuild) {
     std::string block = Resource(MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
+    ASSERT_FALSE(block.empty());
     VS_FIXEDFILEINFO* fixed = nullptr;
     UINT size = 0;
     ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &size));

@@ -58,6 +58,7 @@ void HelperFixture::StartService() {
     ASSERT_TRUE(WaitUntil([&] {
         return SteamCalls().find("SteamAPI_RunCallbacks pump=2") != std::string::npos || !m_Process->IsRunning();
     })) << SteamCalls();
+    ASSERT_TRUE(m_Process->IsRunning()) << SteamCalls();
 }
 
 void HelperFixture::Connect() {

@@ -17,6 +17,15 @@ TEST_F(HelperFixture, WithoutAWindowTheProcessEndsWithCode1) {
     EXPECT_EQ(SteamCalls(), "");
 }
 
+TEST_F(HelperFixture, AClientThatComesTooEarlyEndsTheStart) {
+    variables["TOLLMERE_TEST_FAULTS"] = "ConnectNamedPipe:535";
+    Start();
+    ExpectEnd();
+    EXPECT_THAT(OperationsPage().Verdicts(Log()), testing::ElementsAre("A client came too early"));
+    EXPECT_THAT(test_support::ReadAll(Surroundings().EventFile()),
+                testing::StartsWith(R"({"metrics":[{"name":"STEAM_ACTION","data":"\"id\":1,\"pe\":535","time":)"));
+}
+
 }  // namespace
 
 }  // namespace e2e

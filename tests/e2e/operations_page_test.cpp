@@ -59,6 +59,7 @@ TEST_F(Operations, ThePageShowsAVisit) {
     EXPECT_THAT(Receive(), testing::StartsWith("launch_response:1:"));
     Leave();
     Connect();
+    ExpectService(2);  // all lines of the first visit are written
     CloseFromOutside();
     ExpectShown("A launcher comes and has a game started");
     ExpectShown("A launcher leaves");

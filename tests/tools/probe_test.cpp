@@ -12,16 +12,16 @@ using Arguments = std::vector<std::string>;
 TEST(Probe, SendsWhatTheCommandLineSays) {
     Options options;
     std::string error;
-    const Arguments arguments = {"probe",  "-v",       "info",  "then",      "launch", R"(C:\a b.exe)",
-                                 "--args", "-x \"y\"", "--dir", "",          "--id",   "18446744073709551615",
-                                 "then",   "raw",      "0a FF", "--answers", "0",      "--timeout",
-                                 "70"};
+    const Arguments arguments = {"probe",         "-v",     "info",     "then",      "launch",
+                                 R"(C:\a b.exe)", "--args", "-x \"y\"", "--id",      "18446744073709551615",
+                                 "then",          "raw",    "0a FF",    "--answers", "0",
+                                 "--timeout",     "70"};
     ASSERT_TRUE(ParseOptions(arguments, options, error)) << error;
     EXPECT_TRUE(options.m_Verbose);
     EXPECT_EQ(options.m_Timeout, std::chrono::milliseconds(70));
     ASSERT_EQ(options.m_Commands.size(), 3U);
     EXPECT_EQ(options.m_Commands[0].m_Bytes, launcher::MakeFrame("info_request:1"));
-    EXPECT_EQ(options.m_Commands[1].m_Text, R"(launch_request:18446744073709551615:"C:\\a b.exe":"":"-x \"y\"")");
+    EXPECT_EQ(options.m_Commands[1].m_Text, R"(launch_request:18446744073709551615:"C:\\a b.exe":"C:\\":"-x \"y\"")");
     EXPECT_EQ(options.m_Commands[2].m_Bytes, "\x0A\xFF");
     EXPECT_EQ(options.m_Commands[2].m_Answers, 0U);
 }

@@ -102,10 +102,17 @@ class PartParser {
         } else {
             command.m_Text = m_Info->parsed()
                                  ? launcher::InfoRequest(m_Id)
-                                 : launcher::LaunchRequest(m_Id, m_Executable, m_Directory, m_GameArguments);
+                                 : launcher::LaunchRequest(m_Id, m_Executable, Directory(), m_GameArguments);
             command.m_Bytes = launcher::MakeFrame(command.m_Text);
         }
         return command;
+    }
+
+    // By default the executable's.
+    std::string Directory() const {
+        if (m_Launch->get_option("--dir")->count() > 0) return m_Directory;
+        const std::size_t separator = m_Executable.find_last_of("/\\");
+        return separator == std::string::npos ? "." : m_Executable.substr(0, separator + 1);
     }
 
     Options& m_Options;

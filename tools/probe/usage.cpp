@@ -8,7 +8,7 @@ COMMANDS
   info                            asks who the Steam user is
   launch EXE [--dir DIR] [--args TEXT]
                                   has a game started: its path, its current directory
-                                  (default: none), its arguments as one text (default: none)
+                                  (default: its folder), its arguments as one text (default: none)
   raw HEX [--answers N]           writes these bytes as they are, in one write, and waits for N
                                   answers (default 1; 0: doesn't wait)
 Commands with the word `then` between them go over one connection, one after another. The first

@@ -72,7 +72,7 @@ std::int32_t SkipCommas(const char* text, std::int32_t position, std::uint32_t l
 
 bool ParseToken(JsonToken& token, const char* text, std::uint32_t length) {
     token = JsonToken{};
-    if (text == nullptr || length == 0 || length > std::numeric_limits<std::int32_t>::max()) {
+    if (text == nullptr || length == 0 || length > std::uint32_t{std::numeric_limits<std::int32_t>::max()}) {
         return false;
     }
     JsonToken read;

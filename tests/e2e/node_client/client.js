@@ -13,6 +13,7 @@ const [expected, game, directory, report] = process.argv.slice(2);
 const PIPE = '\\\\.\\pipe\\TollmereSteamHelper';
 const REQUESTS = 1000;
 const PAUSE = 50;
+const TRIES = 200;
 
 function fail(why) {
   fs.writeFileSync(report, String(why && why.stack || why));
@@ -32,10 +33,12 @@ class Launcher {
     this.bytes = Buffer.alloc(0);
     this.waiting = [];
     socket.on('data', (data) => this.feed(data));
+    this.leaving = false;
     socket.on('error', fail);
+    socket.on('close', () => this.leaving || fail('the connection is lost'));
   }
 
-  static open() {
+  static tryOpen() {
     return new Promise((resolve, reject) => {
       const socket = net.connect(PIPE);
       socket.once('error', reject);
@@ -44,6 +47,17 @@ class Launcher {
         resolve(new Launcher(socket));
       });
     });
+  }
+
+  static async open() {
+    for (let tries = 1; ; ++tries) {
+      try {
+        return await Launcher.tryOpen();
+      } catch (error) {
+        if (tries === TRIES) throw error;
+        await new Promise((resolve) => setTimeout(resolve, PAUSE));
+      }
+    }
   }
 
   feed(data) {
@@ -64,6 +78,7 @@ class Launcher {
   }
 
   leave() {
+    this.leaving = true;
     return new Promise((resolve) => {
       this.socket.once('close', () => setTimeout(resolve, PAUSE));
       this.socket.destroy();
@@ -95,4 +110,6 @@ async function main() {
   await launcher.leave();
 }
 
+// Should nothing be left to wait for before the end.
+process.exitCode = 1;
 main().then(() => process.exit(0), fail);

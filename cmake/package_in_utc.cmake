@@ -1,2 +1,0 @@
-# Archives of this kind hold local times.
-set(ENV{TZ} UTC)
