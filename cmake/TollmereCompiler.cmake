@@ -40,8 +40,10 @@ endif()
 function(tollmere_split_symbols target)
   if(WIN32 AND NOT MSVC)
     set(symbols "$<TARGET_FILE:${target}>.debug")
+    # By itself it would put in the time of day.
+    set(objcopy "${CMAKE_COMMAND}" -E env SOURCE_DATE_EPOCH=315532800 "${CMAKE_OBJCOPY}")
     add_custom_command(TARGET ${target} POST_BUILD
-      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
-      COMMAND ${CMAKE_OBJCOPY} --strip-all "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>")
+      COMMAND ${objcopy} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
+      COMMAND ${objcopy} --strip-all "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>")
   endif()
 endfunction()
