@@ -15,7 +15,11 @@ if(MSVC)
 else()
   target_compile_options(tollmere_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Werror
-    -ffunction-sections -fdata-sections)
+    -ffunction-sections)
+  # With mingw-w64 zeroed data in sections of its own would stand in the file, the read buffer's 64 KB above all.
+  if(NOT WIN32)
+    target_compile_options(tollmere_compiler INTERFACE -fdata-sections)
+  endif()
   target_link_options(tollmere_compiler INTERFACE -Wl,--gc-sections)
 endif()
 
