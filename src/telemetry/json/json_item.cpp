@@ -1,9 +1,6 @@
 #include "telemetry/json/json_item.h"
 
-#include <cinttypes>
 #include <cstring>
-
-#include "diagnostics/text.h"
 
 namespace {
 
@@ -25,33 +22,12 @@ bool WriteItemName(JsonWriter& writer, const char* name) {
     return writer.WriteRaw('"') && writer.WriteEscaped(name, length) && writer.WriteRaw('"') && writer.WriteRaw(':');
 }
 
-// `length` is what FormatText gave: negative if the value couldn't be formatted.
-bool WriteItem(JsonWriter& writer, const char* name, const char* value, int length) {
-    if (writer.HasFailed() || length < 0 || !WriteSeparator(writer) || !WriteItemName(writer, name) ||
-        !writer.WriteEscaped(value, length)) {
+}  // namespace
+
+bool WriteItem(JsonWriter& writer, const char* name, std::string_view value) {
+    if (writer.HasFailed() || !WriteSeparator(writer) || !WriteItemName(writer, name) ||
+        !writer.WriteEscaped(value.data(), static_cast<std::ptrdiff_t>(value.size()))) {
         return writer.Fail();
     }
     return true;
-}
-
-}  // namespace
-
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, const char* value) {
-    return WriteItem(writer, name, scratch, FormatText(scratch, sizeof scratch, "%s", value));
-}
-
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, char value) {
-    return WriteItem(writer, name, scratch, FormatText(scratch, sizeof scratch, "%c", value));
-}
-
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, std::int32_t value) {
-    return WriteItem(writer, name, scratch, FormatText(scratch, sizeof scratch, "%" PRId32, value));
-}
-
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, std::uint64_t value) {
-    return WriteItem(writer, name, scratch, FormatText(scratch, sizeof scratch, "%" PRIu64, value));
-}
-
-bool WriteName(JsonWriter& writer, JsonScratch& scratch, const char* name) {
-    return WriteValue(writer, scratch, name, "");
 }

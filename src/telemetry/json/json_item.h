@@ -1,22 +1,22 @@
 #pragma once
 
-// The common steps of all items of a JsonWriter: the separator, the line break, the name, and the value,
-// which is formatted into the caller's scratch buffer and then escaped like any text. Brackets and numbers go
-// this way too.
+// The common steps of all items of a JsonWriter: the separator, the line break, the name, and the value, which is
+// escaped like any text. Brackets and numbers go this way too.
 //
-// A null name is none. False, with the writer failed, if a step fails; lack of room is logged. Whether the
-// name is allowed there is the caller's business.
+// A null name is none. False, with the writer failed, if a step fails; lack of room is logged. Whether the name is
+// allowed there is the caller's business.
 
-#include <cstdint>
+#include <charconv>
+#include <concepts>
+#include <string_view>
 
 #include "telemetry/json/json_writer.h"
 
-using JsonScratch = char[1024];
+// An empty value writes all but the value.
+bool WriteItem(JsonWriter& writer, const char* name, std::string_view value);
 
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, const char* value);
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, char value);
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, std::int32_t value);
-bool WriteValue(JsonWriter& writer, JsonScratch& scratch, const char* name, std::uint64_t value);
-
-// All but the value.
-bool WriteName(JsonWriter& writer, JsonScratch& scratch, const char* name);
+bool WriteNumber(JsonWriter& writer, const char* name, std::integral auto value) {
+    char digits[24];
+    const std::to_chars_result result = std::to_chars(digits, digits + sizeof digits, value);
+    return WriteItem(writer, name, {digits, result.ptr});
+}

@@ -1,34 +1,34 @@
 #include "telemetry/json/json_scan.h"
 
+#include "telemetry/json/json_plain.h"
 #include "telemetry/json/json_tables.h"
 
 namespace {
 
 constexpr std::int32_t kNotFound = -1;
 
-bool IsInside(std::int32_t position, std::uint32_t length) {
-    return position >= 0 && static_cast<std::uint32_t>(position) < length;
-}
-
 // Whether there is text at `position`.
 bool HasByte(const char* text, std::int32_t position, std::uint32_t length) {
-    return IsInside(position, length) && text[position] != '\0';
+    return position >= 0 && static_cast<std::uint32_t>(position) < length && text[position] != '\0';
 }
 
-// `position` is behind the opening quotation mark.
-std::int32_t ScanQuoted(const char* text, std::int32_t position, std::uint32_t length) {
-    for (; HasByte(text, position, length); ++position) {
-        if (text[position] == '"') {
-            return position + 1;
+// The end of the string whose opening quotation mark is before `it`, or null if it has none. A backslash protects
+// whatever follows it, a NUL too.
+const char* SkipQuoted(const char* it, const char* end) {
+    for (;;) {
+        it = SkipPlain(it, end);
+        if (it == end || *it == '\0') {
+            return nullptr;
         }
-        if (text[position] == '\\') {
-            // Whatever follows belongs to the string, if there is anything.
-            if (!IsInside(++position, length)) {
-                break;
-            }
+        if (*it == '"') {
+            return it + 1;
         }
+        it += *it == '\\' && end - it > 1 ? 2 : 1;
     }
-    return kNotFound;
+}
+
+std::int32_t IndexOf(const char* found, const char* text) {
+    return found == nullptr ? kNotFound : static_cast<std::int32_t>(found - text);
 }
 
 }  // namespace
@@ -48,11 +48,11 @@ std::int32_t ScanScalar(const char* text, std::int32_t position, std::uint32_t l
         return kNotFound;
     }
     if (text[position] == '"') {
-        return ScanQuoted(text, position + 1, length);
+        return IndexOf(SkipQuoted(text + position + 1, text + length), text);
     }
     do {
         ++position;
-    } while (HasByte(text, position, length) && !IsStructural(text[position]) && !HasClass(text[position], ClassSpace));
+    } while (HasByte(text, position, length) && !HasClass(text[position], ClassStructural | ClassSpace));
     return position;
 }
 
@@ -62,22 +62,20 @@ std::int32_t ScanContainer(const char* text, std::int32_t position, std::uint32_
     }
     const char opener = text[position];
     const char closer = opener == '{' ? '}' : ']';
-    ++position;
-    std::int32_t level = 1;
-    while (HasByte(text, position, length)) {
-        if (text[position] == '"') {
-            position = ScanScalar(text, position, length);
-            if (position < 0) {
+    const char* const end = text + length;
+    std::size_t level = 1;
+    for (const char* it = text + position + 1; it != end && *it != '\0';) {
+        const char character = *it++;
+        if (character == '"') {
+            it = SkipQuoted(it, end);
+            if (it == nullptr) {
                 return kNotFound;
             }
-            continue;
-        }
-        if (text[position] == opener) {
+        } else if (character == opener) {
             ++level;
-        } else if (text[position] == closer && --level == 0) {
-            return position + 1;
+        } else if (character == closer && --level == 0) {
+            return IndexOf(it, text);
         }
-        ++position;
     }
     return kNotFound;
 }

@@ -1,5 +1,6 @@
 #include "telemetry/json/json_string.h"
 
+#include "telemetry/json/json_plain.h"
 #include "telemetry/json/json_tables.h"
 #include "telemetry/json/json_utf8.h"
 
@@ -26,6 +27,11 @@ std::size_t ReadHexDigits(const char* source, const char* end, std::uint32_t& va
     return count;
 }
 
+// Whether it only has to be protected, and stands for itself behind the backslash.
+bool IsItself(char character) {
+    return character == '"' || character == '\\' || character == '/';
+}
+
 }  // namespace
 
 bool GetString(const JsonToken& token, char* buffer, std::size_t bufferSize, std::size_t* writtenLength) {
@@ -49,18 +55,31 @@ bool GetString(const JsonToken& token, char* buffer, std::size_t bufferSize, std
         return false;
     }
     const char* const textEnd = token.m_Text + token.m_Length;
-    std::size_t written = 0;
-    for (std::size_t read = 0; read < rawLength; ++read) {
-        if (raw[read] != '\\') {
-            buffer[written++] = raw[read];
+    const char* const rawEnd = raw + rawLength;
+    char* out = buffer;
+    for (const char* read = raw; read < rawEnd;) {
+        const char* const plainEnd = CopyPlain(read, rawEnd, out);
+        out += plainEnd - read;
+        read = plainEnd;
+        if (read == rawEnd) {
+            break;
+        }
+        if (*read != '\\') {
+            *out++ = *read++;
+            continue;
+        }
+        if (rawEnd - read > 1 && IsItself(read[1])) {
+            *out++ = read[1];
+            read += 2;
             continue;
         }
         // Only a bare word can end in a backslash. Then what ends the word is decoded, one character, which
         // gives one character at most and so fits in the backslash's place.
         std::uint32_t codePoint;
-        read += DecodeEscape(raw + read + 1, textEnd, codePoint);
-        written += StoreUtf8(codePoint, buffer + written);
+        read += 1 + DecodeEscape(read + 1, textEnd, codePoint);
+        out += StoreUtf8(codePoint, out);
     }
+    const auto written = static_cast<std::size_t>(out - buffer);
     buffer[written] = '\0';
     if (writtenLength != nullptr) {
         *writtenLength = written;

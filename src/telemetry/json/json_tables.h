@@ -13,6 +13,8 @@ inline constexpr std::uint8_t ClassSpace = 1 << 1;    // tab, line feed, vertica
 inline constexpr std::uint8_t ClassEscape = 1 << 2;   // what may follow a backslash, but for u
 inline constexpr std::uint8_t ClassHex = 1 << 3;
 inline constexpr std::uint8_t ClassDigit = 1 << 4;
+inline constexpr std::uint8_t ClassStructural = 1 << 5;  // structures a text, of JSON and of the key=value form
+inline constexpr std::uint8_t ClassPlain = 1 << 6;  // stands for itself in a string, with nothing to be done about it
 
 constexpr std::array<std::uint8_t, 128> MakeCharClass() {
     std::array<std::uint8_t, 128> table = {};
@@ -26,10 +28,14 @@ constexpr std::array<std::uint8_t, 128> MakeCharClass() {
         table[i] = ClassControl;
     }
     table[127] = ClassControl;
+    for (std::size_t i = 32; i < 127; ++i) {
+        if (i != '"' && i != '\\') table[i] = ClassPlain;
+    }
     add("\t\n\v\r ", ClassSpace);
     add("\"/\\bfnrt", ClassEscape);
     add("0123456789ABCDEFabcdef", ClassHex);
     add("0123456789", ClassDigit);
+    add("{}[]=,:", ClassStructural);
     return table;
 }
 
@@ -45,9 +51,4 @@ constexpr bool HasClass(std::uint32_t codePoint, std::uint8_t classes) {
 }
 constexpr bool HasClass(char character, std::uint8_t classes) {
     return HasClass(std::uint32_t{static_cast<unsigned char>(character)}, classes);
-}
-
-// The characters that structure a text, of JSON and of the key=value form.
-constexpr bool IsStructural(char character) {
-    return std::string_view("{}[]=,:").find(character) != std::string_view::npos;
 }

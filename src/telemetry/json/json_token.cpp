@@ -42,7 +42,7 @@ bool TakeValue(JsonToken& token, std::int32_t position) {
 bool ReadToken(JsonToken& token) {
     const char* const text = token.m_Text;
     const std::int32_t start = SkipSpace(text, 0, token.m_Length);
-    if (start < 0 || (IsStructural(text[start]) && !IsOpener(text[start]))) {
+    if (start < 0 || (HasClass(text[start], ClassStructural) && !IsOpener(text[start]))) {
         return false;
     }
     if (!TakeValue(token, start)) {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 // On false one line is logged that says where and why; for what isn't inside the document there are up to
 // three. The text, which may be null, needs no terminator, but a NUL in it is an error. One thread; the
@@ -40,6 +41,10 @@ struct JsonValidator {
 
   private:
     struct Container;
+    bool IsAtAscii() const;
+    std::uint32_t PeekRareChar() const;
+    std::uint32_t NextRareChar();
+    void SkipPlainChars();
     bool ParseContainer(const Container& container);
     bool ParseNested(bool (JsonValidator::*rule)());
     bool ParseMemberName(const Container& container);
@@ -47,3 +52,21 @@ struct JsonValidator {
     bool ParseDigits();
     bool ExpectInContainer(char expected, const Container& container);
 };
+
+// Whether the next character is one byte of ASCII that no counter treats specially. Nearly all are.
+inline bool JsonValidator::IsAtAscii() const {
+    constexpr auto isAscii = [](char c) { return c >= ' ' && c <= '~'; };
+    return m_End - m_Current > 1 && isAscii(m_Current[0]) && isAscii(m_Current[1]);
+}
+
+inline std::uint32_t JsonValidator::PeekChar() const {
+    return IsAtAscii() ? static_cast<unsigned char>(*m_Current) : PeekRareChar();
+}
+
+inline std::uint32_t JsonValidator::NextChar() {
+    if (!IsAtAscii() || m_Column == std::numeric_limits<std::int32_t>::max()) {
+        return NextRareChar();
+    }
+    ++m_Column;
+    return static_cast<unsigned char>(*m_Current++);
+}

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "diagnostics/log.h"
+#include "telemetry/json/json_plain.h"
 #include "telemetry/json/json_tables.h"
 #include "telemetry/json/json_utf8.h"
 #include "telemetry/json/json_validator.h"
@@ -10,22 +11,26 @@
 namespace {
 
 // A position beyond what the counter holds is shown as the last one.
-void Count(std::int32_t& counter) {
-    if (counter < std::numeric_limits<std::int32_t>::max()) {
-        ++counter;
-    }
+void Count(std::int32_t& counter, std::ptrdiff_t characters = 1) {
+    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
+    counter = characters < most - counter ? counter + static_cast<std::int32_t>(characters) : most;
+}
+
+// Of the form 10xxxxxx, which belongs to the byte before it whatever that is.
+bool IsContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
 }  // namespace
 
-std::uint32_t JsonValidator::PeekChar() const {
+std::uint32_t JsonValidator::PeekRareChar() const {
     if (m_Current == m_End || *m_Current == '\0') {
         return 0;
     }
     return ReadUtf8Sequence(m_Current, m_End).m_CodePoint;
 }
 
-std::uint32_t JsonValidator::NextChar() {
+std::uint32_t JsonValidator::NextRareChar() {
     std::uint32_t codePoint = 0;
     if (m_Current != m_End && *m_Current != '\0') {
         const Utf8Sequence sequence = ReadUtf8Sequence(m_Current, m_End);
@@ -47,6 +52,26 @@ void JsonValidator::SkipWhitespace() {
     }
 }
 
+// Steps over as much of a string as is plain or a short escape, which no error can come of.
+void JsonValidator::SkipPlainChars() {
+    const char* it = m_Current;
+    for (;;) {
+        const char* const plainEnd = SkipPlain(it, m_End);
+        if (plainEnd != it && plainEnd != m_End && IsContinuation(*plainEnd)) {
+            it = plainEnd - 1;
+            break;
+        }
+        it = plainEnd;
+        // With the byte behind it, which could belong to the escaped one.
+        if (m_End - it < 3 || *it != '\\' || !HasClass(it[1], ClassEscape) || IsContinuation(it[2])) {
+            break;
+        }
+        it += 2;
+    }
+    Count(m_Column, it - m_Current);
+    m_Current = it;
+}
+
 bool JsonValidator::ParseLiteral(const char* literal) {
     for (const char* expected = literal; *expected != '\0'; ++expected) {
         const std::uint32_t found = NextChar();
@@ -66,6 +91,7 @@ bool JsonValidator::ParseString() {
         return false;
     }
     for (;;) {
+        SkipPlainChars();
         const std::uint32_t character = NextChar();
         if (character == '"') {
             return true;

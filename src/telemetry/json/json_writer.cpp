@@ -26,8 +26,7 @@ bool JsonWriter::Open(char bracket, std::uint32_t containerBit, const char* name
     if (!IsNameAllowed(name)) {
         return Fail();
     }
-    JsonScratch scratch;
-    if (!WriteValue(*this, scratch, name, bracket)) {
+    if (!WriteItem(*this, name, {&bracket, 1})) {
         return false;
     }
     m_Containers = m_Containers << 1 | containerBit;
@@ -50,26 +49,22 @@ bool JsonWriter::End() {
 }
 
 bool JsonWriter::WriteBool(const char* name, bool value) {
-    JsonScratch scratch;
-    return IsNameAllowed(name) ? WriteValue(*this, scratch, name, value ? "true" : "false") : Fail();
+    return IsNameAllowed(name) ? WriteItem(*this, name, value ? "true" : "false") : Fail();
 }
 
 bool JsonWriter::WriteInt(const char* name, std::int32_t value) {
-    JsonScratch scratch;
-    return IsNameAllowed(name) ? WriteValue(*this, scratch, name, value) : Fail();
+    return IsNameAllowed(name) ? WriteNumber(*this, name, value) : Fail();
 }
 
 bool JsonWriter::WriteUInt64(const char* name, std::uint64_t value) {
-    JsonScratch scratch;
-    return IsNameAllowed(name) ? WriteValue(*this, scratch, name, value) : Fail();
+    return IsNameAllowed(name) ? WriteNumber(*this, name, value) : Fail();
 }
 
 bool JsonWriter::WriteString(const char* name, const char* text) {
     if (!IsNameAllowed(name) || text == nullptr) {
         return false;
     }
-    JsonScratch scratch;
-    if (!WriteName(*this, scratch, name)) {
+    if (!WriteItem(*this, name, {})) {
         return false;
     }
     const bool quoted = NeedsQuotes(text);
@@ -96,7 +91,7 @@ bool JsonWriter::NeedsQuotes(const char* text) const {
         return true;
     }
     for (; *text != '\0'; ++text) {
-        if (IsStructural(*text) || HasClass(*text, ClassSpace)) {
+        if (HasClass(*text, ClassStructural | ClassSpace)) {
             return true;
         }
     }

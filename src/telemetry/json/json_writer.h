@@ -80,5 +80,23 @@ struct JsonWriter {
     bool NeedsQuotes(const char* text) const;
     std::int32_t Room() const;
     void Store(const char* text, std::uint32_t length);
+    void Advance(std::uint32_t length, char last);
+    const char* WriteCommon(const char* text, const char* end);
     bool WriteCodePointEscape(const char* text, const char* end, std::size_t& length);
 };
+
+// Takes in `length` bytes that stand behind the cursor and end in `last`. The comma goes by what was written last and
+// not by the sequence of calls. In the key=value form an array opens with a brace, and the square bracket is ordinary
+// text.
+inline void JsonWriter::Advance(std::uint32_t length, char last) {
+    m_Cursor += length;
+    if ((m_Status & StatusMeasureOnly) == 0) {
+        m_Buffer[m_Cursor] = '\0';
+    }
+    const bool opens = last == '{' || (last == '[' && !IsKeyValue());
+    if (opens || last == ',' || last == '\t' || last == '\n' || last == '\r') {
+        m_Status &= static_cast<std::uint8_t>(~StatusNeedComma);
+    } else {
+        m_Status |= StatusNeedComma;
+    }
+}

@@ -1,31 +1,32 @@
 // Escaping: the part of JsonWriter that turns a text into the inside of a JSON string.
 
+#include <array>
+
 #include "diagnostics/text.h"
+#include "telemetry/json/json_plain.h"
 #include "telemetry/json/json_tables.h"
 #include "telemetry/json/json_utf8.h"
 #include "telemetry/json/json_writer.h"
 
 namespace {
 
+constexpr std::array<char, 128> MakeEscapeLetters() {
+    std::array<char, 128> letters = {};
+    letters['"'] = '"';
+    letters['\\'] = '\\';
+    letters['\b'] = 'b';
+    letters['\f'] = 'f';
+    letters['\n'] = 'n';
+    letters['\r'] = 'r';
+    letters['\t'] = 't';
+    return letters;
+}
+
 // The letter that stands for a character behind a backslash, or NUL if it has none. The slash stays as it is.
 char EscapeLetter(char character) {
-    switch (character) {
-        case '"':
-        case '\\':
-            return character;
-        case '\b':
-            return 'b';
-        case '\f':
-            return 'f';
-        case '\n':
-            return 'n';
-        case '\r':
-            return 'r';
-        case '\t':
-            return 't';
-        default:
-            return '\0';
-    }
+    static constexpr std::array<char, 128> letters = MakeEscapeLetters();
+    const auto index = static_cast<unsigned char>(character);
+    return index < letters.size() ? letters[index] : '\0';
 }
 
 }  // namespace
@@ -37,6 +38,10 @@ bool JsonWriter::WriteEscaped(const char* text, std::ptrdiff_t length) {
     const char* const end = text + length;
     const bool escapeUnicode = (m_Options & OptionEscapeUnicode) != 0;
     for (std::size_t step = 1; text != end; text += step) {
+        text = WriteCommon(text, end);
+        if (text == end) {
+            break;
+        }
         const auto lead = static_cast<unsigned char>(*text);
         step = 1;
         bool written;
@@ -56,6 +61,35 @@ bool JsonWriter::WriteEscaped(const char* text, std::ptrdiff_t length) {
         }
     }
     return true;
+}
+
+// Writes plain characters and those with a letter in one go, if there is room for the longest outcome. The result is
+// the first one that is left, which takes the long way.
+const char* JsonWriter::WriteCommon(const char* text, const char* end) {
+    if (HasFailed() || (m_Status & StatusMeasureOnly) != 0 || (end - text) * 2 > Room()) {
+        return text;
+    }
+    char* const first = m_Buffer + m_Cursor;
+    char* out = first;
+    while (text != end) {
+        const char* const plainEnd = CopyPlain(text, end, out);
+        out += plainEnd - text;
+        text = plainEnd;
+        if (text == end) {
+            break;
+        }
+        const char letter = EscapeLetter(*text);
+        if (letter == '\0') {
+            break;
+        }
+        *out++ = '\\';
+        *out++ = letter;
+        ++text;
+    }
+    if (out != first) {
+        Advance(static_cast<std::uint32_t>(out - first), out[-1]);
+    }
+    return text;
 }
 
 bool JsonWriter::WriteEscapedChar(char character) {

@@ -7,27 +7,6 @@
 #include "diagnostics/log.h"
 #include "telemetry/json/json_writer.h"
 
-namespace {
-
-// The comma goes by what was written last and not by the sequence of calls. In the key=value form an array
-// opens with a brace, and the square bracket is ordinary text.
-bool NeedsCommaBehind(char character, bool keyValue) {
-    switch (character) {
-        case '{':
-        case ',':
-        case '\t':
-        case '\n':
-        case '\r':
-            return false;
-        case '[':
-            return keyValue;
-        default:
-            return true;
-    }
-}
-
-}  // namespace
-
 bool JsonWriter::WriteRaw(const char* text) {
     if (HasFailed()) {
         return false;
@@ -54,7 +33,10 @@ bool JsonWriter::WriteRaw(char character) {
         Log("Failed to WriteRaw() - Available(%d) <= 0.", room);
         return Fail();
     }
-    Store(&character, 1);
+    if ((m_Status & StatusMeasureOnly) == 0) {
+        m_Buffer[m_Cursor] = character;
+    }
+    Advance(1, character);
     return true;
 }
 
@@ -85,12 +67,6 @@ std::int32_t JsonWriter::Room() const {
 void JsonWriter::Store(const char* text, std::uint32_t length) {
     if ((m_Status & StatusMeasureOnly) == 0) {
         std::memcpy(m_Buffer + m_Cursor, text, length);
-        m_Buffer[m_Cursor + length] = '\0';
     }
-    if (NeedsCommaBehind(text[length - 1], IsKeyValue())) {
-        m_Status |= StatusNeedComma;
-    } else {
-        m_Status &= static_cast<std::uint8_t>(~StatusNeedComma);
-    }
-    m_Cursor += length;
+    Advance(length, text[length - 1]);
 }
