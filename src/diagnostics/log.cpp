@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
+#include <limits>
 #include <mutex>
 #include <string>
 
@@ -41,20 +43,59 @@ std::int64_t PresentTicks() {
     return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
-// Formats the line into `line`, CR LF and terminator included. A text that is too long is cut, never its line end.
-void FormatLine(char (&line)[kLineLimit + 1], const char* format, va_list arguments) {
+using Line = char[kLineLimit + 1];
+
+// Writes `value` with its digits at the end of `width` places, or in as many as it needs. The result is where it ends.
+// The formatter would take longer over the numbers of the prefix than over everything else in a line.
+char* PutNumber(char* out, unsigned value, unsigned base, std::ptrdiff_t width, char fill) {
+    char digits[std::numeric_limits<unsigned>::digits10 + 1];
+    char* first = std::end(digits);
+    do {
+        *--first = "0123456789ABCDEF"[value % base];
+        value /= base;
+    } while (value != 0);
+    for (std::ptrdiff_t places = std::end(digits) - first; places < width; ++places) *out++ = fill;
+    return std::copy(first, std::end(digits), out);
+}
+
+// "[2026-11-22 18:04:09.007] [  4711] [ 12C] "
+char* PutPrefix(char* out) {
     SYSTEMTIME time;
     GetLocalTime(&time);
-    const int prefix = FormatText(line, kLineLimit, "[%4d-%02d-%02d %02d:%02d:%02d.%03d] [%6d] [%4X] ", time.wYear,
-                                  time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond, time.wMilliseconds,
-                                  static_cast<int>(GetCurrentProcessId()), static_cast<unsigned>(GetCurrentThreadId()));
-    const std::size_t start = static_cast<std::size_t>(std::max(prefix, 0));
-    const std::size_t room = kLineLimit - kLineEnd - start;
-    const int length = std::vsnprintf(line + start, room, format, arguments);
-    const std::size_t text = length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1);
+    const auto put = [&out](char before, unsigned value, std::ptrdiff_t width, char fill) {
+        *out++ = before;
+        out = PutNumber(out, value, 10, width, fill);
+    };
+    put('[', time.wYear, 4, ' ');
+    put('-', time.wMonth, 2, '0');
+    put('-', time.wDay, 2, '0');
+    put(' ', time.wHour, 2, '0');
+    put(':', time.wMinute, 2, '0');
+    put(':', time.wSecond, 2, '0');
+    put('.', time.wMilliseconds, 3, '0');
+    out = std::copy_n("] ", 2, out);
+    put('[', GetCurrentProcessId(), 6, ' ');
+    out = std::copy_n("] [", 3, out);
+    out = PutNumber(out, GetCurrentThreadId(), 16, 4, ' ');
+    return std::copy_n("] ", 2, out);
+}
+
+// Formats the line into `line`, CR LF and terminator included, and gives its length without the terminator. A text that
+// is too long is cut, never its line end.
+std::size_t FormatLine(Line& line, const char* format, va_list arguments) {
+    char* const start = PutPrefix(line);
+    const std::size_t room = kLineLimit - kLineEnd - static_cast<std::size_t>(start - line);
+    const int length = std::vsnprintf(start, room, format, arguments);
+    char* const end = start + (length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1));
     // A "%c" may have put one in; the line is not to end there.
-    std::replace(line + start, line + start + text, '\0', ' ');
-    std::copy_n("\r\n", kLineEnd + 1, line + start + text);
+    std::replace(start, end, '\0', ' ');
+    return static_cast<std::size_t>(std::copy_n("\r\n", kLineEnd + 1, end) - 1 - line);
+}
+
+void ShowDebugger(const Line& line) {
+    // No text has more units as UTF-16 than bytes as UTF-8.
+    WCHAR wide[kLineLimit + 1];
+    if (MultiByteToWideChar(CP_UTF8, 0, line, -1, wide, kLineLimit + 1) > 0) OutputDebugStringW(wide);
 }
 
 // Moves a full log out of the way. Looks at the file's size at most once a minute.
@@ -133,14 +174,14 @@ void CALLBACK OnLogFlushTimer(void*, BOOLEAN) {
 
 void Log(const char* format, ...) {
     const std::lock_guard lock(g_LogLock);
-    char line[kLineLimit + 1] = {};
+    Line line;
     va_list arguments;
     va_start(arguments, format);
-    FormatLine(line, format, arguments);
+    const std::size_t length = FormatLine(line, format, arguments);
     va_end(arguments);
 
-    OutputDebugStringW(Utf8ToWide(line).c_str());
-    g_LogBuffer += line;
+    ShowDebugger(line);
+    g_LogBuffer.append(line, length);
     ConsiderLogFlush();
 }
 

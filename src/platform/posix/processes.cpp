@@ -145,9 +145,11 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine, SECURITY_ATTRIB
 }
 
 DWORD GetCurrentProcessId() {
-    return static_cast<DWORD>(getpid());
+    static const auto id = static_cast<DWORD>(getpid());
+    return id;
 }
 
 DWORD GetCurrentThreadId() {
-    return static_cast<DWORD>(gettid());
+    thread_local const auto id = static_cast<DWORD>(gettid());
+    return id;
 }

@@ -23,12 +23,18 @@ FILETIME ToFileTime(std::chrono::system_clock::duration sinceUnixEpoch) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-void GetBrokenDownTime(SYSTEMTIME* time, tm* (*breakDown)(const time_t*, tm*)) {
+// The system takes its time over the time zone; what it said holds for the whole second.
+template <tm* (*breakDown)(const time_t*, tm*)>
+void GetBrokenDownTime(SYSTEMTIME* time) {
     const auto now = std::chrono::floor<Milliseconds>(SystemNow());
     const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
     const time_t value = std::chrono::system_clock::to_time_t(seconds);
-    tm fields = {};
-    breakDown(&value, &fields);
+    thread_local time_t known = -1;
+    thread_local tm fields = {};
+    if (value != known) {
+        breakDown(&value, &fields);
+        known = value;
+    }
     time->wYear = static_cast<WORD>(fields.tm_year + 1900);
     time->wMonth = static_cast<WORD>(fields.tm_mon + 1);
     time->wDayOfWeek = static_cast<WORD>(fields.tm_wday);
@@ -42,11 +48,11 @@ void GetBrokenDownTime(SYSTEMTIME* time, tm* (*breakDown)(const time_t*, tm*)) {
 }  // namespace
 
 void GetLocalTime(SYSTEMTIME* time) {
-    GetBrokenDownTime(time, localtime_r);
+    GetBrokenDownTime<localtime_r>(time);
 }
 
 void GetSystemTime(SYSTEMTIME* time) {
-    GetBrokenDownTime(time, gmtime_r);
+    GetBrokenDownTime<gmtime_r>(time);
 }
 
 void GetSystemTimeAsFileTime(FILETIME* time) {
