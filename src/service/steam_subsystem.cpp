@@ -70,7 +70,10 @@ void SteamSubsystem::LaunchGame(std::uint64_t requestId, const std::string& game
 }
 
 void SteamSubsystem::SendInfoResponse(std::uint64_t requestId) {
-    std::string text = "info_response";
+    std::string text;
+    // Of the texts, and more than the name and the numbers take.
+    text.reserve(std::strlen(m_SteamApi->m_PersonaName) + std::strlen(m_SteamApi->m_TicketText) + 128);
+    text += "info_response";
     FormatField(text, requestId);
     FormatField(text, m_SteamApi->m_SteamId);
     AppendField(text, m_SteamApi->m_PersonaName);

@@ -98,6 +98,22 @@ TEST_F(SteamSubsystemTest, AnswersSeveralFramesOfOneReadInOrder) {
     EXPECT_EQ(answers[2].rfind("info_response:3:", 0), 0u);
 }
 
+// Nothing survives from one read to the next, and nothing of it spoils what comes whole.
+TEST_F(SteamSubsystemTest, ARequestInSingleBytesIsNone) {
+    std::atomic<int> reads = 0;
+    OnData([&](const std::string& bytes) {
+        ++reads;
+        RouteFrames(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size()));
+    });
+    int sent = 0;
+    for (const char byte : launcher::MakeFrame("info_request:9")) {
+        ASSERT_TRUE(Write(std::string(1, byte)));
+        ++sent;
+        ASSERT_TRUE(test_support::WaitUntil([&] { return reads == sent; }));
+    }
+    EXPECT_THAT(Ask(launcher::MakeFrame("info_request:1")), ElementsAre(testing::StartsWith("info_response:1:")));
+}
+
 TEST_F(SteamSubsystemTest, WithoutATicketTheAnswerEndsInAColon) {
     m_Api.m_TicketLength = 0;
     m_Api.m_TicketText[0] = '\0';

@@ -139,7 +139,7 @@ BOOL PipeEnd::Write(const void* buffer, DWORD size, DWORD* count, OVERLAPPED* ov
     m_WriteBuffer = static_cast<const char*>(buffer);
     m_WriteSize = size;
     m_Written = 0;
-    const Progress progress = ClientHasGone() ? Progress::Gone : SendRest();
+    const Progress progress = SendRest();
     if (count != nullptr) *count = progress == Progress::Done ? size : 0;
     if (progress == Progress::Gone) return m_Write.Fail(ERROR_NO_DATA);
     if (progress == Progress::Done) {
@@ -195,8 +195,9 @@ PipeEnd::Progress PipeEnd::SendRest() {
 }
 
 // How much the client can be sent before 64 KiB of it are unread. The system tells how much memory the unread takes,
-// which is more than its size, so the estimate never gives too much.
+// which is more than its size, so the estimate never gives too much. It is asked only when that matters.
 DWORD PipeEnd::FreeRoom() {
+    if (m_WriteSize - m_Written <= kPipeCapacity - m_SentSinceEmpty) return kPipeCapacity - m_SentSinceEmpty;
     int memory = 0;
     ioctl(m_Client, SIOCOUTQ, &memory);
     if (memory == 0) m_SentSinceEmpty = 0;
