@@ -2,7 +2,7 @@
 #
 # Its folder is linked into one of our own: as an include path /usr/include would give a cross build the wrong C library.
 function(tollmere_header_library target folder package)
-  find_path(${target}_headers "${folder}" PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED
+  find_path(${target}_headers "${folder}" PATHS /usr/include NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED
     DOC "Where ${package} keeps its headers")
   set(include_path "${CMAKE_CURRENT_BINARY_DIR}/${target}")
   file(MAKE_DIRECTORY "${include_path}")

@@ -13,7 +13,12 @@ windows_packages=(
     zip # the package
     clang-14 # a DLL in the convention of Microsoft's compiler, for the tests
 )
-fuzz_packages=(clang-14 libclang-rt-14-dev)
+asan_packages=(clang-14 libclang-rt-14-dev)
+bench_packages=(
+    dpkg-dev                              # unpacks the peers that are compiled here
+    libboost-dev libfmt-dev libspdlog-dev rapidjson-dev
+    python3 python3-matplotlib            # the table and the picture
+)
 format_packages=(clang-format-14)
 lint_packages=(clang-tidy-14)
 

@@ -71,9 +71,9 @@ class Soak : public HelperFixture {
     void KilledVisit() {
         std::string hex;
         const std::string game = test_support::ToUtf8(m_Game);
-        for (const unsigned char c : MakeFrame(launcher::LaunchRequest(1, game, HomeText(), ""))) {
+        for (const char c : MakeFrame(launcher::LaunchRequest(1, game, HomeText(), ""))) {
             char digits[3];
-            std::snprintf(digits, sizeof digits, "%02X", c);
+            std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(c));
             hex += digits;
         }
         fs::remove(m_Record);

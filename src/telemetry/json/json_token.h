@@ -4,9 +4,10 @@
 // name lies and where a value lies. What kind the value is follows from its first byte: '{' object, '['
 // array, '"' string, anything else a bare word.
 //
-// The reader is lenient and judges nothing: let the validator do that first. It also takes bare words, '='
-// for ':', commas in a row, and items without a container around them. No operation changes the text or reads
-// behind its length; none needs a terminator. One thread to a token.
+// The reader is lenient and judges nothing: let the validator do that first, or a walk over all levels may
+// come to the same token many times. It also takes bare words, '=' for ':', commas in a row, and items
+// without a container around them. No operation changes the text or reads behind its length; none needs a
+// terminator. One thread to a token.
 
 #include <cstddef>
 #include <cstdint>
