@@ -10,8 +10,9 @@
 
 namespace {
 
-// All tokens, their strings decoded, as far as `left` goes. The reader is given what no validator has seen, too: where a
-// bracket passes for a bare word ("0=]"), the tokens behind it belong to several containers, and the walk is without end.
+// All tokens, their strings decoded, as far as `left` goes. The reader is given what no validator has seen, too: where
+// a bracket passes for a bare word ("0=]"), the tokens behind it belong to several containers, and the walk is without
+// end.
 void Walk(const JsonToken& parent, int depth, int& left) {
     if (depth > 100) return;
     JsonToken token;

@@ -1,0 +1,2 @@
+// What a program of this build costs before it does anything.
+int main() {}
