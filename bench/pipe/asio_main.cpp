@@ -1,4 +1,4 @@
-// The service on Boost.Asio: pipe_asio NAME STEAMID PERSONA TICKET. Ends when the client leaves.
+// The service on Boost.Asio: pipe_asio NAME STEAMID PERSONA TICKET [each]. Ends when the client leaves.
 
 #include <cstdio>
 #include <exception>
@@ -9,7 +9,7 @@
 int main(int argc, char** argv) {
     try {
         pipe_bench::ServerOptions options = pipe_bench::ReadServerOptions(argc, argv);
-        pipe_bench::ServeWithAsio(options.m_Path, options.m_Service);
+        pipe_bench::ServeWithAsio(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "pipe_asio: %s\n", error.what());
         return 1;

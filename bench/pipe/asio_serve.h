@@ -1,12 +1,10 @@
 #pragma once
 
-#include <string>
-
-#include "bench/pipe/service.h"
+#include "bench/pipe/server_options.h"
 
 namespace pipe_bench {
 
-// Makes the pipe at `path` and serves one client until it leaves. Throws boost::system::system_error.
-void ServeWithAsio(const std::string& path, Service& service);
+// Makes the pipe and serves one client until it leaves. Throws boost::system::system_error.
+void ServeWithAsio(ServerOptions& options);
 
 }  // namespace pipe_bench

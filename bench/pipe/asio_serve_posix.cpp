@@ -9,18 +9,18 @@
 
 namespace pipe_bench {
 
-void ServeWithAsio(const std::string& path, Service& service) {
+void ServeWithAsio(ServerOptions& options) {
     using Protocol = boost::asio::local::stream_protocol;
     boost::asio::io_context context(1);
-    unlink(path.c_str());  // an earlier run's
-    Protocol::acceptor acceptor(context, Protocol::endpoint(path));
+    unlink(options.m_Path.c_str());  // an earlier run's
+    Protocol::acceptor acceptor(context, Protocol::endpoint(options.m_Path));
     std::optional<AsioSession<Protocol::socket>> session;
     acceptor.async_accept([&](const boost::system::error_code& error, Protocol::socket socket) {
         acceptor.close();
-        if (!error) session.emplace(std::move(socket), service).Start();
+        if (!error) session.emplace(std::move(socket), options).Start();
     });
     context.run();
-    unlink(path.c_str());
+    unlink(options.m_Path.c_str());
 }
 
 }  // namespace pipe_bench

@@ -27,11 +27,11 @@ HANDLE MakePipe(const std::string& path) {
 
 }  // namespace
 
-void ServeWithAsio(const std::string& path, Service& service) {
+void ServeWithAsio(ServerOptions& options) {
     boost::asio::io_context context(1);
-    stream_handle pipe(context, MakePipe(path));
+    stream_handle pipe(context, MakePipe(options.m_Path));
     const HANDLE handle = pipe.native_handle();
-    AsioSession<stream_handle> session(std::move(pipe), service);
+    AsioSession<stream_handle> session(std::move(pipe), options);
     boost::asio::windows::overlapped_ptr connected(context, [&](const boost::system::error_code& error, std::size_t) {
         if (!error) session.Start();
     });

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "bench/pipe/service.h"
+#include "bench/pipe/server_options.h"
 
 namespace pipe_bench {
 
@@ -16,7 +16,7 @@ namespace pipe_bench {
 template <class Stream>
 class AsioSession {
   public:
-    AsioSession(Stream stream, Service& service) : m_Stream(std::move(stream)), m_Service(service) {}
+    AsioSession(Stream stream, ServerOptions& options) : m_Stream(std::move(stream)), m_Options(options) {}
 
     void Start() { Read(); }
 
@@ -29,24 +29,29 @@ class AsioSession {
                                  });
     }
 
-    // All answers to one read go in one write.
     void Answer(std::string_view bytes) {
         m_Answers.clear();
-        if (!m_Service.Receive(bytes, m_Answers)) return;
-        if (m_Answers.empty()) {
+        if (!m_Options.m_Service.Receive(bytes, m_Answers)) return;
+        m_Rest = m_Answers;
+        WriteRest();
+    }
+
+    void WriteRest() {
+        if (m_Rest.empty()) {
             Read();
             return;
         }
-        boost::asio::async_write(m_Stream, boost::asio::buffer(m_Answers),
+        boost::asio::async_write(m_Stream, boost::asio::buffer(Service::NextWrite(m_Rest, m_Options.m_Together)),
                                  [this](const boost::system::error_code& error, std::size_t) {
-                                     if (!error) Read();
+                                     if (!error) WriteRest();
                                  });
     }
 
     Stream m_Stream;
-    Service& m_Service;
+    ServerOptions& m_Options;
     std::array<char, 65536> m_Buffer;
     std::string m_Answers;
+    std::string_view m_Rest;  // of the answers
 };
 
 }  // namespace pipe_bench

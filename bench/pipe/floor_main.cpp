@@ -1,6 +1,7 @@
 // The floor: what a question and its answer cost with nothing in between, and a start with nothing to start.
-//     pipe_floor NAME REQUEST_SIZE ANSWER_SIZE [STEAM_LIBRARY]
-// Writes one block of ANSWER_SIZE bytes for every REQUEST_SIZE bytes that come, and ends when the client leaves.
+//     pipe_floor NAME REQUEST_SIZE ANSWER_SIZE [STEAM_LIBRARY [LIBRARY...] [window]]
+// Loads the libraries and creates the window first. Then writes one block of ANSWER_SIZE bytes for every REQUEST_SIZE
+// bytes that come, and ends when the client leaves.
 
 #include <cstdio>
 #include <stdexcept>
@@ -20,6 +21,14 @@ std::string CannedAnswer(std::size_t size) {
     return answer;
 }
 
+void Prepare(const std::string& what) {
+    if (what == "window") {
+        pipe_bench::CreateMessageWindow();
+    } else {
+        pipe_bench::LoadSystemLibrary(what);
+    }
+}
+
 void Serve(const std::string& name, std::size_t requestSize, const std::string& answer) {
     pipe_bench::FloorEnd pipe(pipe_bench::PipePath(name));
     std::vector<char> buffer(65536);
@@ -36,12 +45,13 @@ void Serve(const std::string& name, std::size_t requestSize, const std::string& 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4 && argc != 5) {
-        std::fputs("usage: pipe_floor NAME REQUEST_SIZE ANSWER_SIZE [STEAM_LIBRARY]\n", stderr);
+    if (argc < 4) {
+        std::fputs("usage: pipe_floor NAME REQUEST_SIZE ANSWER_SIZE [STEAM_LIBRARY [LIBRARY...] [window]]\n", stderr);
         return 2;
     }
     try {
-        if (argc == 5) pipe_bench::StartSteam(argv[4]);
+        if (argc > 4) pipe_bench::StartSteam(argv[4]);
+        for (int i = 5; i < argc; ++i) Prepare(argv[i]);
         const std::size_t requestSize = std::stoul(argv[2]);
         if (requestSize == 0) throw std::invalid_argument("REQUEST_SIZE");
         Serve(argv[1], requestSize, CannedAnswer(std::stoul(argv[3])));

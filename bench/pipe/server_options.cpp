@@ -10,8 +10,11 @@ namespace pipe_bench {
 
 ServerOptions ReadServerOptions(int argc, char** argv) {
     const std::vector<std::string> arguments = surroundings::Arguments(argc, argv);
-    if (arguments.size() != 5) throw std::runtime_error("the arguments are NAME STEAMID PERSONA TICKET");
-    return {PipePath(arguments[1]), Service(arguments[2], arguments[3], arguments[4])};
+    const bool each = arguments.size() == 6 && arguments.back() == "each";
+    if (arguments.size() != 5 && !each) {
+        throw std::runtime_error("the arguments are NAME STEAMID PERSONA TICKET [each]");
+    }
+    return {PipePath(arguments[1]), Service(arguments[2], arguments[3], arguments[4]), !each};
 }
 
 }  // namespace pipe_bench

@@ -52,6 +52,13 @@ bool Service::Receive(std::string_view bytes, std::string& answers) {
     return true;
 }
 
+std::string_view Service::NextWrite(std::string_view& answers, bool together) {
+    const std::size_t size = together || answers.empty() ? answers.size() : kLengthSize + ReadLength(answers);
+    const std::string_view next = answers.substr(0, size);
+    answers.remove_prefix(size);
+    return next;
+}
+
 bool Service::TakeFrames(std::string_view& bytes, std::string& answers) const {
     while (bytes.size() >= kLengthSize) {
         const std::size_t length = ReadLength(bytes);

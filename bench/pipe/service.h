@@ -18,6 +18,9 @@ class Service {
     // `answers`. False if the stream isn't made of frames; there is no way back into step.
     bool Receive(std::string_view bytes, std::string& answers);
 
+    // Cuts what is to be written next off the front of `answers`: one answer, or, if they go together, all of them.
+    static std::string_view NextWrite(std::string_view& answers, bool together);
+
   private:
     // Cuts whole frames off the front of `bytes` and leaves the rest. As above for the result.
     bool TakeFrames(std::string_view& bytes, std::string& answers) const;

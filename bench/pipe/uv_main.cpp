@@ -1,4 +1,4 @@
-// The service on libuv: pipe_uv NAME STEAMID PERSONA TICKET. Ends when the client leaves.
+// The service on libuv: pipe_uv NAME STEAMID PERSONA TICKET [each]. Ends when the client leaves.
 
 #include <uv.h>
 
@@ -72,21 +72,23 @@ class Server {
         if (status < 0) Close(static_cast<Server*>(request->handle->data)->m_Client);
     }
 
-    // All answers to one read go in one write. It is tried at once; what doesn't fit waits in the loop. False if the
-    // client has left.
+    // Each write is tried at once; what isn't taken waits in the loop. False if the client has left.
     bool SendAnswers() {
-        if (m_Answers.empty()) return true;
-        uv_buf_t buffer = uv_buf_init(m_Answers.data(), static_cast<unsigned>(m_Answers.size()));
-        const int tried = uv_try_write(AsStream(m_Client), &buffer, 1);
-        if (tried < 0 && tried != UV_EAGAIN) return false;
-        const auto written = static_cast<std::size_t>(tried < 0 ? 0 : tried);
-        return written == m_Answers.size() || SendLater(written);
+        std::string_view rest = m_Answers;
+        while (!rest.empty()) {
+            const std::string_view next = pipe_bench::Service::NextWrite(rest, m_Options.m_Together);
+            uv_buf_t buffer = uv_buf_init(const_cast<char*>(next.data()), static_cast<unsigned>(next.size()));
+            const int tried = uv_try_write(AsStream(m_Client), &buffer, 1);
+            if (tried < 0 && tried != UV_EAGAIN) return false;
+            const auto written = static_cast<std::size_t>(tried < 0 ? 0 : tried);
+            if (written < next.size() && !SendLater(next.substr(written))) return false;
+        }
+        return true;
     }
 
-    bool SendLater(std::size_t written) {
+    bool SendLater(std::string_view bytes) {
         auto remainder = std::make_unique<Remainder>();
-        m_Answers.erase(0, written);
-        remainder->m_Bytes.swap(m_Answers);
+        remainder->m_Bytes = bytes;
         remainder->m_Request.data = remainder.get();
         uv_buf_t buffer = uv_buf_init(remainder->m_Bytes.data(), static_cast<unsigned>(remainder->m_Bytes.size()));
         if (uv_write(&remainder->m_Request, AsStream(m_Client), &buffer, 1, OnWritten) != 0) return false;

@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import re
 import subprocess
 import time
 
@@ -21,11 +22,14 @@ def pipe_path(around, name):
 def answers(around, request_size, answer_size, rounds):
     """Round trips: the helper, the floor and the peers, all in one run."""
     output = around.work / "load.json"
-    contenders = ["helper=TollmereSteamHelper", "libuv=bench-uv", "asio=bench-asio"]
+    contenders = ["helper=TollmereSteamHelper", "libuv=bench-uv", "libuv_each=bench-uv-each", "asio=bench-asio",
+                  "asio_each=bench-asio-each"]
     around.start_helper()
     around.start("pipe_floor", "bench-floor", request_size, answer_size)
     around.start("pipe_uv", "bench-uv", *IDENTITY)
+    around.start("pipe_uv", "bench-uv-each", *IDENTITY, "each")
     around.start("pipe_asio", "bench-asio", *IDENTITY)
+    around.start("pipe_asio", "bench-asio-each", *IDENTITY, "each")
     if around.node:
         script = around.path(around.binaries / "pipe_node.js")
         around.start(around.node, script, pipe_path(around, "bench-node"), *IDENTITY)
@@ -33,6 +37,13 @@ def answers(around, request_size, answer_size, rounds):
     around.run("pipe_load", *contenders, "--floor", "floor=bench-floor", "--rounds", rounds, "--paced", rounds,
                "--limit", 600, "--output", around.path(output))
     return read(output)["contenders"]
+
+
+def imports(around):
+    """The libraries that the Windows program's import table names."""
+    said = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", around.home / f"tollmere_steam_helper{around.suffix}"],
+                          check=True, capture_output=True, text=True).stdout
+    return re.findall(r"DLL Name: (\S+)", said)
 
 
 def starts(around, request_size, answer_size, rounds):
@@ -47,6 +58,10 @@ def starts(around, request_size, answer_size, rounds):
         ("empty program", "bench-empty", [floor, "bench-empty", str(request_size), str(answer_size)]),
         ("empty program with the stand-in", "bench-steam",
          [floor, "bench-steam", str(request_size), str(answer_size), library])]
+    if around.windows:
+        contenders += [(f"... and {what}", pipe, [floor, pipe, str(request_size), str(answer_size), library, *more])
+                       for what, pipe, more in (("the helper's imports", "bench-imports", imports(around)),
+                                                ("a window", "bench-window", [*imports(around), "window"]))]
     configuration.write_text(json.dumps([{"name": name, "pipe": pipe, "command": command, "environment": environment,
                                           "directory": around.path(around.home)} for name, pipe, command in contenders]))
     around.run("process_start", around.path(configuration), "--rounds", rounds, "--output", around.path(output))
