@@ -72,6 +72,13 @@ void WriteUnicode(JsonWriter& w) {
     w.WriteString(nullptr, "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xE9 \x80 \xF0\x9F\x98\x80\x80.");
 }
 
+// Longer than what is written in one step, with something to do at a step's end and beginning, twice, and not at all.
+void WriteLongText(JsonWriter& w) {
+    w.WriteString(
+        nullptr,
+        "[0123456789abcd\"\"123456789abcdef\\\n0123\x01 456789 abcdefghijk\xC3\xA9\tlmnopqrstuvwxyz0123456789\"");
+}
+
 void WriteRawText(JsonWriter& w) {
     w.WriteRaw("[");
     w.WriteInt(nullptr, 1);
@@ -82,6 +89,11 @@ void WriteRawText(JsonWriter& w) {
     w.WriteInt(nullptr, 3);
     w.WriteRaw(']');
 }
+
+// For both forms.
+constexpr char kLongText[] =
+    "\"[0123456789abcd\\\"\\\"123456789abcdef\\\\\\n0123\\x1 456789 "
+    "abcdefghijk\xC3\xA9\\tlmnopqrstuvwxyz0123456789\\\"\"";
 
 const struct Case {
     const char* m_Name;
@@ -104,6 +116,7 @@ const struct Case {
      "\"\\u00E9 \\u20AC \\uF600 \\u00E9 \x80 \\uFFFD.\"", "\"\\u00E9 \\u20AC \\uF600 \\u00E9 \x80 \\uFFFD.\""},
     {"unicode, as it is", WriteUnicode, 0, "\"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xE9 \x80 \xF0\x9F\x98\x80\x80.\"",
      "\"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \xE9 \x80 \xF0\x9F\x98\x80\x80.\""},
+    {"long", WriteLongText, 0, kLongText, kLongText},
     {"raw", WriteRawText, 0, "[1 ,2\t3]", "[,1 ,2\t3]"},
 };
 
