@@ -1,5 +1,7 @@
 #include "telemetry/json/json_scan.h"
 
+#include <bit>
+
 #include "telemetry/json/json_plain.h"
 #include "telemetry/json/json_tables.h"
 
@@ -12,19 +14,48 @@ bool HasByte(const char* text, std::int32_t position, std::uint32_t length) {
     return position >= 0 && static_cast<std::uint32_t>(position) < length && text[position] != '\0';
 }
 
+// Which bytes a backslash protects. The backslashes come as bits, and so does whether the first byte is protected by
+// the one before it; bit 16 of the result tells that of the byte behind them.
+unsigned FindProtected(unsigned backslashes, unsigned first) {
+    unsigned rest = backslashes & ~first;
+    if ((rest & rest << 1) == 0) {
+        return rest << 1 | first;
+    }
+    unsigned found = first;
+    while (rest != 0) {
+        const unsigned lowest = rest & -rest;
+        found |= lowest << 1;
+        rest &= ~(lowest | lowest << 1);
+    }
+    return found;
+}
+
 // The end of the string whose opening quotation mark is before `it`, or null if it has none. A backslash protects
 // whatever follows it, a NUL too.
 const char* SkipQuoted(const char* it, const char* end) {
-    for (;;) {
-        it = SkipPlain(it, end);
-        if (it == end || *it == '\0') {
-            return nullptr;
+    unsigned isProtected = 0;
+    for (; end - it >= 16; it += 16) {
+        const __m128i bytes = Load16(it);
+        isProtected = FindProtected(FindIn16(bytes, '\\'), isProtected);
+        const unsigned stops = (FindIn16(bytes, '"') | FindIn16(bytes, '\0')) & ~isProtected;
+        if (stops != 0) {
+            it += std::countr_zero(stops);
+            return *it == '"' ? it + 1 : nullptr;
         }
-        if (*it == '"') {
-            return it + 1;
-        }
-        it += *it == '\\' && end - it > 1 ? 2 : 1;
+        isProtected >>= 16;
     }
+    for (; it != end; ++it) {
+        if (isProtected != 0) {
+            isProtected = 0;
+        } else if (*it == '"') {
+            return it + 1;
+        } else if (*it == '\0') {
+            return nullptr;
+        } else {
+            isProtected = *it == '\\';
+        }
+    }
+    return nullptr;
 }
 
 std::int32_t IndexOf(const char* found, const char* text) {

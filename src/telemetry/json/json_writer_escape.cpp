@@ -1,7 +1,5 @@
 // Escaping: the part of JsonWriter that turns a text into the inside of a JSON string.
 
-#include <emmintrin.h>
-
 #include <array>
 #include <bit>
 
@@ -32,16 +30,12 @@ char EscapeLetter(char character) {
     return index < letters.size() ? letters[index] : '\0';
 }
 
-void Copy16(const char* from, char* to) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
-}
-
 // Escapes block after block, with one look for the characters that aren't plain, and moves `out` behind what it writes,
 // at most two bytes for each of the text. Ends close to `end`, or at the first character without a letter.
 const char* EscapeBlocks(const char* text, const char* end, char*& out) {
     while (end - text >= 32) {
         const char* const block = text;
-        unsigned special = NotPlain(_mm_loadu_si128(reinterpret_cast<const __m128i*>(block)));
+        unsigned special = NotPlain(Load16(block));
         for (; special != 0; special &= special - 1) {
             const char* const at = block + std::countr_zero(special);
             Copy16(text, out);

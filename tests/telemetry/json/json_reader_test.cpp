@@ -88,6 +88,26 @@ TEST(JsonToken, TokensInARow) {
     }
 }
 
+// Strings are looked through in steps of several bytes: a row of backslashes at any place, before a quotation mark or a
+// NUL, which it protects or doesn't.
+TEST(JsonToken, FindsTheEndOfAStringBehindBackslashes) {
+    for (std::size_t plain = 0; plain < 40; ++plain) {
+        for (std::size_t backslashes = 0; backslashes < 20; ++backslashes) {
+            for (const char last : {'"', '\0'}) {
+                const std::string start = '"' + std::string(plain, 'p') + std::string(backslashes, '\\') + last;
+                const std::string text = start + std::string(plain % 20, 'q') + '"';
+                const std::vector<char> block(text.begin(), text.end());
+                JsonToken token;
+                const bool found = ParseToken(token, block.data(), static_cast<std::uint32_t>(block.size()));
+                SCOPED_TRACE(text);
+                const bool isProtected = backslashes % 2 != 0;
+                ASSERT_EQ(isProtected || last == '"', found);
+                if (found) EXPECT_EQ(isProtected ? text : start, Slice(token, 0, token.m_ValueLength));
+            }
+        }
+    }
+}
+
 TEST(JsonToken, OffsetsCountFromTheTokensOwnText) {
     const std::string text = R"({"a":1, "b":[2]})";
     JsonToken token;
