@@ -68,19 +68,33 @@ def starts(around, request_size, answer_size, rounds):
     return {name: values["ms"] for name, values in read(output)["contenders"].items()}
 
 
-def in_process(around, repetitions):
-    """The benchmarks inside of one process. A list of times in nanoseconds for each."""
+# What is compared with each other runs in one process, and so within a second.
+COMPARED = (r"^Read/.*/10$", r"^Read/.*/10000$", r"^Write/.*/10$", r"^Write/.*/10000$", r"^Log/.*/threads:1$",
+            r"^Log/.*/threads:4$")
+GROWTH = r"^(FramesQueued|LogLinesWaiting|StoreSaved)/"
+
+
+def add_times(around, what, times):
+    """Runs the benchmarks of these names once, and appends what each took, in nanoseconds."""
     output = around.work / "in_process.json"
-    around.run("in_process_bench", f"--benchmark_out={around.path(output)}", "--benchmark_out_format=json",
-               f"--benchmark_repetitions={repetitions}", "--benchmark_min_time=0.05",
-               "--benchmark_enable_random_interleaving=true")
-    times = {}
+    around.run("in_process_bench", f"--benchmark_filter={what}", f"--benchmark_out={around.path(output)}",
+               "--benchmark_out_format=json", "--benchmark_min_time=0.05")
     for entry in read(output)["benchmarks"]:
         if entry.get("error_occurred"):
             raise RuntimeError(f"{entry['name']}: {entry['error_message']}")
         if entry["run_type"] == "iteration":
             scale = {"ns": 1, "us": 1e3, "ms": 1e6}[entry["time_unit"]]
             times.setdefault(entry["run_name"].replace("/real_time", ""), []).append(entry["real_time"] * scale)
+
+
+def in_process(around, rounds):
+    """The benchmarks inside of one process. A list of times for each; elements at the same place are of one round."""
+    times = {}
+    for _ in range(rounds):
+        for what in COMPARED:
+            add_times(around, what, times)
+    for _ in range(3):
+        add_times(around, GROWTH, times)
     return times
 
 

@@ -5,6 +5,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import sys
 
 STEAM_ID = "76561197960287930"
 PERSONA = "Ada"
@@ -57,8 +58,12 @@ class Surroundings:
         return [*(["wine"] if self.windows else []), str(program), *map(str, arguments)]
 
     def run(self, program, *arguments):
-        subprocess.run(self.command(program, *arguments), env=self.environment, cwd=self.work, check=True,
-                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+        """Says nothing, unless the program fails: then what that has said."""
+        done = subprocess.run(self.command(program, *arguments), env=self.environment, cwd=self.work, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        if done.returncode != 0:
+            sys.stderr.write(done.stderr)
+            done.check_returncode()
 
     def start(self, program, *arguments):
         """A process in the background, which is ended at the end of the run if it hasn't ended by itself."""

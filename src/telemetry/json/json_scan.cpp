@@ -23,7 +23,7 @@ unsigned FindProtected(unsigned backslashes, unsigned first) {
     }
     unsigned found = first;
     while (rest != 0) {
-        const unsigned lowest = rest & -rest;
+        const unsigned lowest = rest & (0u - rest);
         found |= lowest << 1;
         rest &= ~(lowest | lowest << 1);
     }
