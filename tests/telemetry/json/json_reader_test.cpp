@@ -102,7 +102,9 @@ TEST(JsonToken, FindsTheEndOfAStringBehindBackslashes) {
                 SCOPED_TRACE(text);
                 const bool isProtected = backslashes % 2 != 0;
                 ASSERT_EQ(isProtected || last == '"', found);
-                if (found) EXPECT_EQ(isProtected ? text : start, Slice(token, 0, token.m_ValueLength));
+                if (found) {
+                    EXPECT_EQ(isProtected ? text : start, Slice(token, 0, token.m_ValueLength));
+                }
             }
         }
     }
