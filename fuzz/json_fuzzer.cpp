@@ -18,9 +18,10 @@ void Walk(const JsonToken& parent, int depth, int& left) {
     JsonToken token;
     for (bool more = FirstChild(parent, token); more && left > 0; more = NextToken(token, token)) {
         --left;
-        char text[64];
-        std::size_t length = 0;
-        GetString(token, text, sizeof text, &length);
+        // What is asked for, so that a byte more is noticed.
+        const std::size_t size = static_cast<std::size_t>(token.m_ValueLength) + 1;
+        const auto text = std::make_unique<char[]>(size);
+        Require(GetString(token, text.get(), size, nullptr), "a value fits in its length and one");
         Walk(token, depth + 1, left);
     }
     FindMember(parent, "metrics", token);

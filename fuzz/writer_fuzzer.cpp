@@ -1,6 +1,5 @@
 // Any series of calls of the JSON writer, in both forms, with all options, into a buffer of any size.
 
-#include <cstring>
 #include <memory>
 
 #include "fuzz/input.h"
@@ -11,7 +10,7 @@ namespace {
 
 // Without what has no letter and would be no JSON, if asked for.
 std::string Text(Input& input, bool plain) {
-    std::string text = input.Bytes(input.Below(64));
+    std::string text = input.Bytes(input.Below(200));
     for (char& character : text) {
         const auto byte = static_cast<unsigned char>(character);
         if (plain && (byte < 0x20 || byte >= 0x7F)) character = '?';
@@ -55,31 +54,49 @@ void Call(JsonWriter& writer, Input& input, bool plain, bool& isRaw) {
     }
 }
 
+// What an input says beside its calls.
+struct Series {
+    explicit Series(Input& input) : m_Plain(input.Below(2) != 0), m_HasRoot(input.Below(4) != 0) {}
+
+    // All of the calls, and what closes the containers.
+    void Run(JsonWriter& writer, Input input) {
+        if (m_HasRoot) writer.Begin();
+        while (!input.IsEmpty()) {
+            Call(writer, input, m_Plain, m_IsRaw);
+            Require((writer.m_Status & JsonWriter::StatusMeasureOnly) != 0 || writer.m_Buffer[writer.m_Cursor] == '\0',
+                    "the text is terminated");
+            if (m_HasRoot && writer.m_Depth == 0) break;
+        }
+        while (writer.m_Depth > 0 && writer.End()) {
+        }
+    }
+
+    const bool m_Plain;
+    const bool m_HasRoot;
+    bool m_IsRaw = false;
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     JsonWriter writer;
     writer.m_Capacity = 1 + input.Below(4096);
+    // As large as the writer believes, so that a look beyond it is noticed.
     const auto buffer = std::make_unique<char[]>(writer.m_Capacity);
-    buffer[0] = '\0';
     writer.m_Buffer = buffer.get();
     writer.m_Options = input.Below(4);
     writer.m_KeyValueMode = input.Below(2);
-    const bool plain = input.Below(2) != 0;
-    bool isRaw = false;
-    const bool hasRoot = input.Below(4) != 0;
-    if (hasRoot) writer.Begin();
-    while (!input.IsEmpty()) {
-        Call(writer, input, plain, isRaw);
-        Require(writer.m_Cursor < writer.m_Capacity, "the text and its terminator fit");
-        Require(std::memchr(buffer.get(), '\0', writer.m_Capacity) != nullptr, "the text is terminated");
-        if (hasRoot && writer.m_Depth == 0) break;
-    }
-    while (writer.m_Depth > 0 && writer.End()) {
-    }
-    const bool isDocument = hasRoot && plain && !isRaw && !writer.HasFailed() && !writer.IsKeyValue();
-    if (isDocument)
+    JsonWriter measure = writer;
+    measure.m_Status = JsonWriter::StatusMeasureOnly;
+
+    Series series(input);
+    series.Run(writer, input);
+    series.Run(measure, input);
+    const bool written = !writer.HasFailed();
+    Require(!written || measure.m_Cursor == writer.m_Cursor, "what is measured is what is written");
+    if (written && series.m_HasRoot && series.m_Plain && !series.m_IsRaw && !writer.IsKeyValue()) {
         Require(ValidateDocument(buffer.get(), writer.m_Cursor), "the validator takes what the writer wrote");
+    }
     return 0;
 }
