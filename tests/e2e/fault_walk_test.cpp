@@ -1,7 +1,10 @@
 // Every call of the platform that the program makes fails once in the course of a life: at its first, its second or a
-// later time. Whatever that costs, the process comes to an orderly end, and the log says what it can.
+// later time. Whatever that costs, the process comes to an orderly end, leaves no handle open, and the log says what it
+// can.
 
+#include <fstream>
 #include <string>
+#include <string_view>
 
 #include "tests/e2e/helper_fixture.h"
 #include "tests/support/limits.h"
@@ -18,44 +21,92 @@ struct Fault {
     const char* line;  // how a line of the log then begins
 };
 
+// What becomes of a life in which a call fails.
+enum class Fate {
+    Serves,        // both visits get all answers
+    LosesOne,      // the first visit doesn't, the second does
+    NeverServes,   // the service doesn't come up, and the process ends by itself
+    EndsWithCode1  // at once
+};
+
+struct Life {
+    std::optional<int> exitCode;
+    bool visits[2] = {false, false};
+    int pendingFaults = -1;
+    int handles = -1;  // open at the end
+
+    Fate MyFate() const {
+        if (exitCode == 1) return Fate::EndsWithCode1;
+        if (!visits[1]) return Fate::NeverServes;
+        return visits[0] ? Fate::Serves : Fate::LosesOne;
+    }
+};
+
 class FaultWalk : public HelperFixture {
   protected:
     FaultWalk() {
         variables["SteamLocation"] = std::nullopt;  // so that the parent process is looked for
+        arguments = {"-steamAppID=480"};            // so that the environment is changed
         variables["STEAM_STAND_IN_INIT"] = "fail-first";
         variables["ASAN_OPTIONS"] = "exitcode=99";  // not one of the helper's own
+        variables["TOLLMERE_TEST_REPORT"] = test_support::ToUtf8(Home() / "report");
     }
 
     // A life with two visits, as far as it gets.
-    void LiveThrough() {
-        namespace fs = std::filesystem;
-        fs::remove(Surroundings().LogFile());
+    Life LiveThrough(const std::string& faults) {
+        variables["TOLLMERE_TEST_FAULTS"] = faults;
+        LeaveFilesBehind(faults);
         Surroundings().TakeBackTime();
         Start();
-        Visit();
-        Visit();
+        Life life;
+        for (bool& visit : life.visits) visit = Visit();
         Surroundings().LetPass(std::chrono::seconds{21});
-        Helper().RequestClose();
-        const std::optional<int> code = Helper().WaitForExit();
-        EXPECT_TRUE(code == 0 || code == 1) << testing::PrintToString(code);
+        // Again and again: the first may be the one that fails.
+        test_support::WaitUntil([&] {
+            Helper().RequestClose();
+            return !Helper().IsRunning();
+        });
+        life.exitCode = Helper().WaitForExit();
+        std::ifstream(Home() / "report") >> life.pendingFaults >> life.handles;
+        return life;
     }
 
     void ExpectInLog(const std::string& line) { EXPECT_THAT(Log(), testing::Contains(testing::StartsWith(line))); }
 
   private:
-    void Visit() {
-        if (!test_support::WaitUntil([&] { return IsServed() || !Helper().IsRunning(); }) || !Launcher().IsOpen())
-            return;
+    // What an earlier life has left: a store that is damaged or, to be made, not there; a log that is due for its
+    // rotation or not there.
+    void LeaveFilesBehind(const std::string& faults) {
+        namespace fs = std::filesystem;
+        const fs::path folder = fs::path(*variables["TOLLMERE_LOCAL_APP_DATA"]) / "Tollmere Games";
+        fs::remove_all(folder);
+        fs::remove(Surroundings().LogFile());
+        fs::remove(Home() / "report");
+        if (!faults.starts_with("CreateDirectoryW")) {
+            fs::create_directories(folder / "Launcher");
+            std::ofstream(folder / "Launcher" / "steam_events.json") << "damaged";
+        }
+        if (faults.starts_with("MoveFileW")) std::ofstream(Surroundings().LogFile()) << std::string(1 << 20, '\n');
+    }
+
+    // True if all that was asked was answered.
+    bool Visit() {
+        if (!test_support::WaitUntil([&] { return IsServed() || !Helper().IsRunning(); }) || !Launcher().IsOpen()) {
+            return false;
+        }
+        bool answered = true;
         const std::string game = test_support::ToUtf8(BinFolder() / ProgramFile("sample_game"));
         for (const std::string& request :
              {std::string("info_request:1"), launcher::LaunchRequest(2, game, HomeText(), ""),
               std::string("info_request:3")}) {
             std::string answer;
-            if (Launcher().Write(launcher::MakeFrame(request), test_support::Limit()) != Outcome::Done) break;
             // A helper that doesn't notice the request answers none.
-            if (Launcher().Read(answer, std::chrono::milliseconds{200}) != Outcome::Done) break;
+            answered = Launcher().Write(launcher::MakeFrame(request), test_support::Limit()) == Outcome::Done &&
+                       Launcher().Read(answer, test_support::Limit() / 10) == Outcome::Done;
+            if (!answered) break;
         }
         Leave();
+        return answered;
     }
 
     // One try. Without a pipe the helper's time runs out.
@@ -68,28 +119,86 @@ class FaultWalk : public HelperFixture {
 
 class FaultWalkAfter : public FaultWalk, public testing::WithParamInterface<int> {};
 
+// What becomes of the process if a call's first time fails. Not here: GetWindowLongPtrW and SetWindowLongPtrW, which
+// can't fail on a window of one's own, and the calls that read the registry, which are made only for who is no
+// administrator.
+constexpr struct {
+    const char* call;
+    Fate fate;
+} kCalls[] = {
+    {"AllocateAndInitializeSid", Fate::Serves},
+    {"CheckTokenMembership", Fate::Serves},
+    {"CloseHandle", Fate::Serves},
+    {"CommandLineToArgvW", Fate::Serves},
+    {"ConnectNamedPipe", Fate::NeverServes},
+    {"CreateDirectoryW", Fate::Serves},
+    {"CreateEventW", Fate::Serves},
+    {"CreateFileW", Fate::Serves},
+    {"CreateNamedPipeA", Fate::NeverServes},
+    {"CreateProcessW", Fate::Serves},
+    {"CreateToolhelp32Snapshot", Fate::NeverServes},
+    {"CreateWellKnownSid", Fate::NeverServes},
+    {"CreateWindowExW", Fate::EndsWithCode1},
+    {"DeleteFileW", Fate::Serves},
+    {"DestroyWindow", Fate::Serves},
+    {"DisconnectNamedPipe", Fate::Serves},
+    {"FormatMessageA", Fate::Serves},
+    {"FreeLibrary", Fate::Serves},
+    {"GetCurrentDirectoryW", Fate::NeverServes},
+    {"GetEnvironmentVariableA", Fate::Serves},
+    {"GetEnvironmentVariableW", Fate::Serves},
+    {"GetFileAttributesW", Fate::Serves},
+    {"GetFileSizeEx", Fate::Serves},
+    {"GetMessageW", Fate::NeverServes},
+    {"GetModuleFileNameW", Fate::NeverServes},
+    {"GetModuleHandleW", Fate::Serves},
+    {"GetOverlappedResult", Fate::LosesOne},
+    {"GetProcAddress", Fate::NeverServes},
+    {"InitializeSecurityDescriptor", Fate::NeverServes},
+    {"K32EnumProcessModules", Fate::NeverServes},
+    {"K32GetModuleFileNameExW", Fate::NeverServes},
+    {"LoadLibraryExW", Fate::NeverServes},
+    {"MoveFileW", Fate::Serves},
+    {"MultiByteToWideChar", Fate::Serves},
+    {"OpenProcess", Fate::NeverServes},
+    {"PathFileExistsW", Fate::NeverServes},
+    {"PostMessageW", Fate::Serves},
+    {"Process32FirstW", Fate::NeverServes},
+    {"Process32NextW", Fate::NeverServes},
+    {"ReadFile", Fate::LosesOne},
+    {"RegisterClassExW", Fate::EndsWithCode1},
+    {"RegisterWaitForSingleObject", Fate::Serves},
+    {"SHGetKnownFolderPath", Fate::Serves},
+    {"SetCurrentDirectoryW", Fate::NeverServes},
+    {"SetEntriesInAclW", Fate::NeverServes},
+    {"SetEnvironmentVariableA", Fate::Serves},
+    {"SetFilePointer", Fate::Serves},
+    {"SetSecurityDescriptorDacl", Fate::NeverServes},
+    {"SystemTimeToFileTime", Fate::Serves},
+    {"UnregisterWaitEx", Fate::Serves},
+    {"WideCharToMultiByte", Fate::Serves},
+    {"WriteFile", Fate::Serves},
+};
+
+// The call itself leaves one, or, at the start, the pipe is the end of the process's to close.
+bool MayLeaveAHandle(std::string_view call) {
+    return call == "CloseHandle" || call == "UnregisterWaitEx" || call == "ConnectNamedPipe" || call == "CreateEventW";
+}
+
 TEST_P(FaultWalkAfter, EndsInOrder) {
-    // Without those that can't fail on a window of one's own: GetWindowLongPtrW and SetWindowLongPtrW.
-    const char* const calls[] = {
-        // clang-format off
-        "AllocateAndInitializeSid", "CheckTokenMembership", "CloseHandle", "CommandLineToArgvW", "ConnectNamedPipe",
-        "CreateDirectoryW", "CreateEventW", "CreateFileW", "CreateNamedPipeA", "CreateProcessW",
-        "CreateToolhelp32Snapshot", "CreateWellKnownSid", "CreateWindowExW", "DeleteFileW", "DestroyWindow",
-        "DisconnectNamedPipe", "FormatMessageA", "FreeLibrary", "GetCurrentDirectoryW", "GetEnvironmentVariableA",
-        "GetEnvironmentVariableW", "GetFileAttributesW", "GetFileSizeEx", "GetMessageW", "GetModuleFileNameW",
-        "GetOverlappedResult", "GetProcAddress", "InitializeSecurityDescriptor",
-        "K32EnumProcessModules", "K32GetModuleFileNameExW", "LoadLibraryExW", "MoveFileW", "MultiByteToWideChar",
-        "OpenProcess", "PathFileExistsW", "PostMessageW", "Process32FirstW", "Process32NextW", "ReadFile",
-        "RegOpenKeyExW", "RegQueryValueExW", "RegisterClassExW", "RegisterWaitForSingleObject", "SHGetKnownFolderPath",
-        "SetCurrentDirectoryW", "SetEntriesInAclW", "SetEnvironmentVariableA", "SetFilePointer",
-        "SetSecurityDescriptorDacl", "SystemTimeToFileTime", "UnregisterWaitEx",
-        "WideCharToMultiByte", "WriteFile",
-        // clang-format on
-    };
-    for (const char* const call : calls) {
+    const int handles = LiveThrough("").handles;
+    for (const auto& [call, fate] : kCalls) {
         SCOPED_TRACE(call);
-        variables["TOLLMERE_TEST_FAULTS"] = std::string(call) + ":8:" + std::to_string(GetParam());
-        LiveThrough();
+        const Life life = LiveThrough(std::string(call) + ":8:" + std::to_string(GetParam()));
+        EXPECT_TRUE(life.exitCode == 0 || life.exitCode == 1) << testing::PrintToString(life.exitCode);
+        if (GetParam() == 0) {
+            EXPECT_EQ(0, life.pendingFaults) << "the call was never made";
+            EXPECT_EQ(fate, life.MyFate());
+        }
+        if (life.pendingFaults != 0) {
+            EXPECT_EQ(Fate::Serves, life.MyFate()) << "although nothing failed";
+        }
+        EXPECT_LE(life.handles, handles + (MayLeaveAHandle(call) ? 1 : 0));
         if (HasFailure()) return;
     }
 }
@@ -126,8 +235,7 @@ TEST_F(FaultWalk, SaysWhatFailed) {
     };
     for (const Fault& fault : faults) {
         SCOPED_TRACE(std::string(fault.call) + " after " + std::to_string(fault.skip));
-        variables["TOLLMERE_TEST_FAULTS"] = std::string(fault.call) + ":8:" + std::to_string(fault.skip);
-        LiveThrough();
+        LiveThrough(std::string(fault.call) + ":8:" + std::to_string(fault.skip));
         ExpectInLog(fault.line);
     }
 }

@@ -5,6 +5,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <numeric>
 #include <sstream>
 #include <string>
 
@@ -57,6 +58,12 @@ class FaultTable {
         return code;
     }
 
+    int Count() {
+        const std::lock_guard lock(m_Lock);
+        return std::accumulate(m_Faults.begin(), m_Faults.end(), 0,
+                               [](int sum, const auto& entry) { return sum + static_cast<int>(entry.second.size()); });
+    }
+
     void Clear() {
         const std::lock_guard lock(m_Lock);
         m_Faults.clear();
@@ -93,6 +100,10 @@ namespace platform_testing {
 
 void FailCall(const char* name, DWORD code, int skip) {
     posix_layer::Faults().Add(name, code, skip);
+}
+
+int PendingFaultCount() {
+    return posix_layer::Faults().Count();
 }
 
 void ClearFaults() {

@@ -3,10 +3,15 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <fstream>
+#include <optional>
+#include <string>
 #include <thread>
 
+#include "platform/posix/environment.h"
 #include "platform/posix/layer_clock.h"
 #include "platform/posix/message_windows.h"
+#include "platform/posix/testing/faults.h"
 #include "platform/posix/windows_calls.h"
 
 namespace {
@@ -37,6 +42,12 @@ LPWSTR Parameters() {
     return at;
 }
 
+void ReportToTests() {
+    const std::optional<std::string> path = posix_layer::GetVariable("TOLLMERE_TEST_REPORT");
+    if (!path) return;
+    std::ofstream(*path) << platform_testing::PendingFaultCount() << ' ' << platform_testing::OpenHandleCount() << '\n';
+}
+
 }  // namespace
 
 int main() {
@@ -44,5 +55,7 @@ int main() {
     signal(SIGPIPE, SIG_IGN);
     TurnSignalsIntoClose(signals);
     posix_layer::WatchClockFifo();
-    return wWinMain(reinterpret_cast<HINSTANCE>(GetModuleHandleW(nullptr)), nullptr, Parameters(), 0);
+    const int code = wWinMain(reinterpret_cast<HINSTANCE>(GetModuleHandleW(nullptr)), nullptr, Parameters(), 0);
+    ReportToTests();
+    return code;
 }

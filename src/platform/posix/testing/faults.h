@@ -10,6 +10,9 @@ namespace platform_testing {
 // doing anything (a call that returns its error returns `code`). Any thread; faults for one name queue up.
 void FailCall(const char* name, DWORD code, int skip = 0);
 
+// How many faults have not happened yet.
+int PendingFaultCount();
+
 // Forgets all faults that have not happened.
 void ClearFaults();
 
@@ -19,4 +22,5 @@ int OpenHandleCount();
 }  // namespace platform_testing
 
 // A whole program under test gets its faults from the environment variable TOLLMERE_TEST_FAULTS: entries NAME:CODE or
-// NAME:CODE:SKIP, separated by commas.
+// NAME:CODE:SKIP, separated by commas. At its end it writes into the file that TOLLMERE_TEST_REPORT names, if it does,
+// the two numbers PendingFaultCount and OpenHandleCount.
