@@ -19,7 +19,9 @@ target_include_directories(simdjson SYSTEM PUBLIC "${TOLLMERE_PEER_SOURCES}/simd
 
 # They deserve their best, whatever our own program is compiled for.
 target_compile_options(uv_a PRIVATE -O2 -w)
-target_compile_options(simdjson PRIVATE -O2 -w)
+# Nearly every processor has these instructions, and the user of such a library would ask for them.
+target_compile_options(simdjson PUBLIC -msse4.2 -mpclmul PRIVATE -O2 -w)
+target_compile_definitions(simdjson PUBLIC SIMDJSON_BUILTIN_IMPLEMENTATION=westmere)
 
 include("${CMAKE_SOURCE_DIR}/tools/header_library.cmake")
 tollmere_header_library(asio boost libboost-dev)
@@ -30,6 +32,7 @@ else()
   target_link_libraries(asio INTERFACE Threads::Threads)
 endif()
 tollmere_header_library(rapidjson rapidjson rapidjson-dev)
+target_compile_definitions(rapidjson INTERFACE RAPIDJSON_SSE42)
 tollmere_header_library(fmt fmt libfmt-dev)
 tollmere_header_library(spdlog spdlog libspdlog-dev)
 target_compile_definitions(fmt INTERFACE FMT_HEADER_ONLY)

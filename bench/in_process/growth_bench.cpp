@@ -30,6 +30,11 @@ OutgoingFrame MakeFrame() {
     return frame;
 }
 
+void TakeDown() {
+    NamedPipeServer::StopDeliveries();
+    NamedPipeServer::Destroy();
+}
+
 // Frames to a client that reads none of them, and then all.
 void FramesQueued(benchmark::State& state) {
     const auto frames = state.range(0);
@@ -39,6 +44,7 @@ void FramesQueued(benchmark::State& state) {
     launcher::PipeClient client;
     if (!NamedPipeServer::Create(std::string("\\\\.\\pipe\\") + kPipeName, &callbacks) ||
         !client.Open(kPipeName, kLimit)) {
+        TakeDown();
         state.SkipWithError("no connection");
         return;
     }
@@ -60,8 +66,7 @@ void FramesQueued(benchmark::State& state) {
         }
     }
     client.Close();
-    NamedPipeServer::StopDeliveries();
-    NamedPipeServer::Destroy();
+    TakeDown();
     state.SetComplexityN(frames);
 }
 

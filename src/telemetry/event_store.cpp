@@ -118,7 +118,7 @@ bool SaveEvents() {
     WideString path;
     if (!GetEventStorePath(path)) return false;
 
-    const auto buffer = std::make_unique<char[]>(kSaveCapacity);
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kSaveCapacity);
     JsonWriter writer;
     writer.m_Buffer = buffer.get();
     writer.m_Capacity = kSaveCapacity;

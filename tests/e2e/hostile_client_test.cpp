@@ -122,6 +122,19 @@ TEST_F(HostileClient, LongFramesWithoutPauseCostNoMemory) {
     Leave();
 }
 
+// A read brings a byte or a few, so hardly a frame is whole.
+TEST_F(HostileClient, SingleBytesCostNoMemory) {
+    const std::size_t rest = NextVisit().privateBytes;
+    const std::string request = MakeFrame("info_request:1");
+    Connect();
+    for (int i = 0; i < 200; ++i) {
+        for (const char byte : request) SendBytes(std::string(1, byte));
+    }
+    ExpectAnswerInTheEnd();
+    ExpectAtMost(PrivateBytes(), rest + kMegabyte);
+    Leave();
+}
+
 // Before, inside and behind a frame, with its answers unread.
 TEST_F(HostileClient, VisitsThatEndAnywhereLeaveNothingBehind) {
     constexpr int kVisits = 150;

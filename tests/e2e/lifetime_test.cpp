@@ -1,4 +1,5 @@
 #include "tests/e2e/helper_fixture.h"
+#include "tests/support/limits.h"
 
 namespace e2e {
 
@@ -22,6 +23,21 @@ TEST_F(Lifetime, EndsWhenItsWindowIsClosed) {
             testing::ElementsAreArray(Join({Lines{testing::Not("Steam Service ready to exit.")}, EndOfService()})));
         Leave();
         std::filesystem::remove(Home().parent_path() / "steam_calls");
+    }
+}
+
+// While the worker takes Steam up; the pipe comes after that.
+TEST_F(Lifetime, MayBeClosedWhileItStarts) {
+    for (const char* const stage : {"SteamAPI_Init", "GetAuthSessionTicket"}) {
+        SCOPED_TRACE(stage);
+        std::filesystem::remove(Home().parent_path() / "steam_calls");
+        Start();
+        EXPECT_TRUE(test_support::WaitUntil([&] { return SteamCalls().find(stage) != std::string::npos; }));
+        EXPECT_TRUE(test_support::WaitUntil([&] {
+            Helper().RequestClose();
+            return !Helper().IsRunning();
+        }));
+        EXPECT_EQ(0, Helper().WaitForExit());
     }
 }
 

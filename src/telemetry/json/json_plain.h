@@ -48,8 +48,9 @@ inline const char* SkipPlain(const char* text, const char* end) {
 // may be overwritten too.
 inline const char* CopyPlain(const char* text, const char* end, char* out) {
     for (; end - text >= 16; text += 16, out += 16) {
-        Copy16(text, out);
-        if (const unsigned special = NotPlain(Load16(text)); special != 0) return text + std::countr_zero(special);
+        const __m128i bytes = Load16(text);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+        if (const unsigned special = NotPlain(bytes); special != 0) return text + std::countr_zero(special);
     }
     while (text != end && HasClass(*text, ClassPlain)) *out++ = *text++;
     return text;

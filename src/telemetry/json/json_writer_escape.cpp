@@ -30,8 +30,9 @@ char EscapeLetter(char character) {
     return index < letters.size() ? letters[index] : '\0';
 }
 
-// Escapes block after block, with one look for the characters that aren't plain, and moves `out` behind what it writes,
-// at most two bytes for each of the text. Ends close to `end`, or at the first character without a letter.
+// Escapes block after block, with one look for the characters that aren't plain, and moves `out` behind what it writes.
+// There is room for two bytes for each up to `end`; what lies behind `out` there may be overwritten. Ends close to
+// `end`, or at the first character without a letter.
 const char* EscapeBlocks(const char* text, const char* end, char*& out) {
     while (end - text >= 32) {
         const char* const block = text;

@@ -82,8 +82,8 @@ TEST(JsonToken, TokensInARow) {
         const bool found = Parse(token, row.m_Text);
         EXPECT_EQ(row.m_Row, Row(token, found));
         JsonToken child;
-        const bool has_child = FirstChild(token, child);
-        EXPECT_EQ(row.m_Children, Row(child, has_child));
+        const bool hasChild = FirstChild(token, child);
+        EXPECT_EQ(row.m_Children, Row(child, hasChild));
         EXPECT_THAT(TakeLog(), IsEmpty());
     }
 }
@@ -207,6 +207,14 @@ TEST(JsonToken, DecodesStrings) {
         JsonToken token;
         ASSERT_TRUE(Parse(token, row.m_Text));
         EXPECT_EQ(row.m_Decoded, Decode(token));
+        if (row.m_Text[0] != '"') continue;
+        // At any place of a long string.
+        for (std::size_t before = 1; before < 40; ++before) {
+            const std::string plain(before, 'p');
+            const std::string text = '"' + plain + row.m_Text.substr(1);
+            ASSERT_TRUE(Parse(token, text));
+            EXPECT_EQ(plain + row.m_Decoded, Decode(token));
+        }
     }
 }
 

@@ -85,6 +85,35 @@ TEST(JsonValidator, RefusesWithPlaceAndReason) {
     }
 }
 
+// Long strings are stepped through, and what is wrong in them stands behind as many characters as there are.
+TEST(JsonValidator, CountsTheCharactersOfLongStrings) {
+    const struct {
+        std::string m_Text;
+        int m_Column;  // behind no plain character, but for the byte that belongs to the character before it
+        std::string m_Problem;
+    } rows[] = {
+        {"\x01", 4, "found a control character 0x1 while parsing string"},
+        {"\x7F", 4, "found a control character 0x7f while parsing string"},
+        {"", 4, "found a control character 0x0 while parsing string"},
+        {"\xC3\xA9\x01", 5, "found a control character 0x1 while parsing string"},
+        {"\x80\x01", 4, "found a control character 0x1 while parsing string"},
+        {"\\\"\\n\x01", 8, "found a control character 0x1 while parsing string"},
+        // Not the line feed's letter: the byte behind it makes it another character.
+        {"\\n\x80", 5, "found an invalid escape sequence '\\\x80' while parsing string"},
+        {"\\x", 5, "found an invalid escape sequence '\\x' while parsing string"},
+        {"\\u12G", 8, "found an invalid hex digit 'G' while parsing unicode escape sequence"},
+    };
+    for (const auto& row : rows) {
+        for (int plain = 1; plain < 40; ++plain) {
+            const std::string text = "[\"" + Repeat("p", plain) + row.m_Text;
+            SCOPED_TRACE(text);
+            EXPECT_FALSE(ValidateDocument(text.data(), text.size()));
+            EXPECT_THAT(TakeLog(), ElementsAre(kPrefix + "line 1 char " + std::to_string(row.m_Column + plain) + ", " +
+                                               row.m_Problem));
+        }
+    }
+}
+
 TEST(JsonValidator, AcceptsInSilence) {
     const std::string texts[] = {
         "{}",
