@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::copy_n(data, size, text.get());
     ValidateDocument(text.get(), size);
     JsonToken token;
-    int left = 2000;
+    int left = 300;
     if (ParseToken(token, text.get(), static_cast<std::uint32_t>(size))) Walk(token, 0, left);
 
     // The other parser judges the encoding too, ours takes it for granted.
