@@ -50,6 +50,7 @@ class FaultWalk : public HelperFixture {
         variables["STEAM_STAND_IN_INIT"] = "fail-first";
         variables["ASAN_OPTIONS"] = "exitcode=99";  // not one of the helper's own
         variables["TOLLMERE_TEST_REPORT"] = test_support::ToUtf8(Home() / "report");
+        variables["TOLLMERE_DEBUG_OUTPUT"] = test_support::ToUtf8(Home() / "lines");
     }
 
     // A life with two visits, as far as it gets.
@@ -59,7 +60,7 @@ class FaultWalk : public HelperFixture {
         Surroundings().TakeBackTime();
         Start();
         Life life;
-        for (bool& visit : life.visits) visit = Visit();
+        for (int i = 0; i < 2; ++i) life.visits[i] = Visit(i + 1);
         Surroundings().LetPass(std::chrono::seconds{21});
         // Again and again: the first may be the one that fails.
         test_support::WaitUntil([&] {
@@ -82,6 +83,7 @@ class FaultWalk : public HelperFixture {
         fs::remove_all(folder);
         fs::remove(Surroundings().LogFile());
         fs::remove(Home() / "report");
+        fs::remove(Home() / "lines");
         if (!faults.starts_with("CreateDirectoryW")) {
             fs::create_directories(folder / "Launcher");
             std::ofstream(folder / "Launcher" / "steam_events.json") << "damaged";
@@ -90,8 +92,9 @@ class FaultWalk : public HelperFixture {
     }
 
     // True if all that was asked was answered.
-    bool Visit() {
-        if (!test_support::WaitUntil([&] { return IsServed() || !Helper().IsRunning(); }) || !Launcher().IsOpen()) {
+    bool Visit(int number) {
+        const auto isDecided = [&] { return IsServed(number) || !Helper().IsRunning(); };
+        if (!test_support::WaitUntil(isDecided) || !Launcher().IsOpen()) {
             return false;
         }
         bool answered = true;
@@ -109,9 +112,14 @@ class FaultWalk : public HelperFixture {
         return answered;
     }
 
-    // One try. Without a pipe the helper's time runs out.
-    bool IsServed() {
-        if (Launcher().Open(kPipeName, std::chrono::milliseconds{0})) return true;
+    // One try, once the helper waits for so many clients: who comes between a pipe's creation and its listening ends
+    // the start. Without a pipe the helper's time runs out.
+    bool IsServed(int visit) {
+        const std::string lines = test_support::ReadAll(Home() / "lines");
+        int waits = 0;
+        for (std::size_t at = 0; (at = lines.find("Waiting for pipe to connect...", at)) != std::string::npos; ++at)
+            ++waits;
+        if (waits >= visit && Launcher().Open(kPipeName, std::chrono::milliseconds{0})) return true;
         Surroundings().LetPass(std::chrono::milliseconds{20});
         return false;
     }

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "platform/posix/environment.h"
@@ -111,7 +112,15 @@ DWORD FormatMessageA(DWORD flags, const void*, DWORD code, DWORD, char* buffer, 
     return static_cast<DWORD>(text.size());
 }
 
+static std::FILE* OpenDebugOutput() {
+    const std::optional<std::string> where = GetVariable("TOLLMERE_DEBUG_OUTPUT");
+    if (!where) return nullptr;
+    return *where == "1" ? stderr : std::fopen(where->c_str(), "a");
+}
+
 void OutputDebugStringW(LPCWSTR text) {
-    static const bool shown = GetVariable("TOLLMERE_DEBUG_OUTPUT") == "1";
-    if (shown) std::fputs(ToUtf8(text).c_str(), stderr);
+    static std::FILE* const output = OpenDebugOutput();
+    if (output == nullptr) return;
+    std::fputs(ToUtf8(text).c_str(), output);
+    std::fflush(output);
 }
