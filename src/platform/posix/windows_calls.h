@@ -1,7 +1,7 @@
 #pragma once
 
-// The Windows calls that the program makes. README.md in this folder says for each of them which behaviour is promised
-// and which last error it leaves; what is not on that page is not used by the program.
+// The Windows calls that the program and its contract tests make. README.md in this folder says for each of them which
+// behaviour is promised and which last error it leaves; what is not on that page is not used.
 
 #include "platform/posix/windows_types.h"
 
