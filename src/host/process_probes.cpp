@@ -52,7 +52,7 @@ bool FindParentProcessId(DWORD& parentId) {
 bool ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity + 1]) {
     HMODULE module = nullptr;  // the first module of a process is its executable
     DWORD needed = 0;
-    if (!K32EnumProcessModules(process, &module, sizeof module, &needed)) return false;
+    if (!K32EnumProcessModules(process, &module, sizeof(HMODULE), &needed)) return false;
     return K32GetModuleFileNameExW(process, module, path, kPathCapacity) != 0;
 }
 

@@ -26,7 +26,8 @@ using SteamAPICall_t = std::uint64_t;
 struct CSteamID {
     std::uint64_t m_Value;
 };
-static_assert(sizeof(CSteamID) == 8 && alignof(CSteamID) == 8);
+static_assert(sizeof(CSteamID) == 8);
+static_assert(alignof(CSteamID) == 8);
 
 // The versions of the interfaces that this contract describes, as they are asked for.
 inline constexpr char kSteamUserVersion[] = "SteamUser019";

@@ -123,8 +123,8 @@ BOOL K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* 
     if (Faulted(__func__)) return FALSE;
     if (Find<OtherProcess>(process) == nullptr) return FALSE;
     // One module, the executable; there is nothing behind its handle.
-    *needed = sizeof *modules;
-    if (size >= sizeof *modules) *modules = reinterpret_cast<HMODULE>(process);
+    *needed = sizeof(HMODULE);
+    if (size >= sizeof(HMODULE)) *modules = reinterpret_cast<HMODULE>(process);
     return TRUE;
 }
 

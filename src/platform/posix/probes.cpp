@@ -127,5 +127,6 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD*, DWORD* type, BYTE* data
 
 LSTATUS RegCloseKey(HKEY key) {
     if (const auto fault = TakeFault(__func__)) return static_cast<LSTATUS>(*fault);
-    return key == PoliciesKey() ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
+    if (key != PoliciesKey()) return ERROR_INVALID_HANDLE;
+    return ERROR_SUCCESS;
 }

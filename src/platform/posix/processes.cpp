@@ -58,6 +58,7 @@ class SpawnSettings {
 
     int Spawn(pid_t& id, const std::string& file, std::vector<std::string>& arguments) const {
         std::vector<char*> argv;
+        argv.reserve(arguments.size() + 1);
         for (std::string& argument : arguments) argv.push_back(argument.data());
         argv.push_back(nullptr);
         const std::lock_guard lock(EnvironmentLock());
@@ -89,6 +90,7 @@ std::vector<std::string> SplitArguments(LPCWSTR commandLine) {
     int count = 0;
     LPWSTR* const split = CommandLineToArgvW(commandLine, &count);
     std::vector<std::string> arguments;
+    arguments.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) arguments.push_back(ToUtf8(split[i]));
     LocalFree(split);
     return arguments;
