@@ -1,6 +1,5 @@
 // Which events a run leaves in the store, byte for byte but for the times.
 
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -83,30 +82,11 @@ TEST_F(EventsOfARun, ASecondHelperCannotCreateThePipe) {
     StartService();
     test_support::ChildProcess second({Home() / ProgramFile("tollmere_steam_helper"), arguments, variables, Home()});
     EXPECT_EQ(second.WaitForExit(), 0);
+    ExpectVerdict("The pipe is taken");
     EXPECT_EQ(Stored(), (Events{R"("id":1,"pe":231)", kGoodStart}));
     Connect();
     ExpectService(1);
     CloseFromOutside();
-}
-
-TEST_F(EventsOfARun, ADamagedStoreIsDroppedAndOneOfAnotherShapeOverwritten) {
-    const struct {
-        const char* old;
-        std::ptrdiff_t lines;
-    } rows[] = {{R"({"metrics":[)", 1}, {R"({"other":[]})", 0}};
-    fs::create_directories(Surroundings().EventFile().parent_path());
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.old);
-        std::ofstream(Surroundings().EventFile(), std::ios::binary) << row.old;
-        fs::remove(Surroundings().LogFile());
-        StartService();
-        CloseFromOutside();
-        EXPECT_EQ(Stored(), Events{kGoodStart});
-        const auto log = Log();
-        EXPECT_EQ(std::count_if(log.begin(), log.end(),
-                                [](const std::string& line) { return line.rfind("JSON Validation Error: ", 0) == 0; }),
-                  row.lines);
-    }
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "tests/e2e/helper_fixture.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "tests/e2e/operations_page.h"
 #include "tests/support/limits.h"
 #include "tests/support/log_text.h"
 
@@ -96,6 +98,21 @@ void HelperFixture::ExpectService(std::uint64_t requestId) {
     ExpectAnswer("info_response:" + id + ":" + kSteamId + ":" + kPersona + ":10:" + kTicket);
 }
 
+void HelperFixture::ExpectAnswerInTheEnd() {
+    bool answered = false;
+    EXPECT_TRUE(WaitUntil([&] {
+        Send("info_request:1");
+        std::string bytes;
+        while (!answered && m_Launcher.Read(bytes, std::chrono::milliseconds{100}) == launcher::Outcome::Done) {
+            m_Frames.Feed(std::exchange(bytes, {}));
+            while (const std::optional<launcher::Frame> frame = m_Frames.Next()) {
+                answered = answered || frame->m_Body.rfind("info_response:1:", 0) == 0;
+            }
+        }
+        return answered;
+    }));
+}
+
 void HelperFixture::ExpectEnd() {
     EXPECT_EQ(m_Process->WaitForExit(), 0);
 }
@@ -132,6 +149,14 @@ void HelperFixture::ExpectLog(const Lines& expected) const {
 std::ptrdiff_t HelperFixture::CountInLog(const std::string& text) const {
     const std::vector<std::string> lines = Log();
     return std::count(lines.begin(), lines.end(), text);
+}
+
+void HelperFixture::ExpectVerdict(const std::string& heading) const {
+    EXPECT_THAT(OperationsPage().Verdicts(Log()), testing::ElementsAre(heading)) << testing::PrintToString(Log());
+}
+
+void HelperFixture::ExpectShown(const std::string& heading) const {
+    EXPECT_TRUE(OperationsPage().Shows(heading, Log())) << heading << testing::PrintToString(Log());
 }
 
 testing::Matcher<std::string> HelperFixture::AdminState() {

@@ -53,6 +53,8 @@ class HelperFixture : public testing::Test {
     void ExpectAnswer(const std::string& body) { EXPECT_EQ(Receive(), body); }
     // Asks for the identity and expects it.
     void ExpectService(std::uint64_t requestId);
+    // Asks until there is an answer: what the helper reads together with a request may spoil it.
+    void ExpectAnswerInTheEnd();
 
     // The process ends, by itself or because its window was closed from outside, with code 0.
     void ExpectEnd();
@@ -65,6 +67,10 @@ class HelperFixture : public testing::Test {
     void ExpectLog(const Lines& expected) const;
     // How many lines of the log are this text.
     std::ptrdiff_t CountInLog(const std::string& text) const;
+    // docs/operations.md tells from the log's end what has happened, and that is what it says under the heading.
+    void ExpectVerdict(const std::string& heading) const;
+    // The log has what the page shows under the heading.
+    void ExpectShown(const std::string& heading) const;
     // Its value is the machine's.
     static testing::Matcher<std::string> AdminState();
     // What every log begins with, with a line for each option given, and what it says while it finds the app id and the

@@ -29,22 +29,6 @@ class HostileClient : public HelperFixture {
     }
     ~HostileClient() override { CloseFromOutside(); }
 
-    // Asks until there is an answer: what the helper reads together with a request may spoil it.
-    void ExpectAnswerInTheEnd() {
-        launcher::FrameReader answers;
-        bool answered = false;
-        EXPECT_TRUE(test_support::WaitUntil([&] {
-            Send("info_request:1");
-            std::string bytes;
-            while (!answered && Launcher().Read(bytes, milliseconds{100}) == Outcome::Done) {
-                answers.Feed(std::exchange(bytes, {}));
-                while (const auto frame = answers.Next()) {
-                    answered = answered || frame->m_Body.rfind("info_response:1:", 0) == 0;
-                }
-            }
-            return answered;
-        }));
-    }
     // The next launcher finds a service; what the helper holds then.
     Footprint NextVisit() {
         Connect();

@@ -8,26 +8,6 @@ using testing::Contains;
 
 class Identity : public HelperFixture {};
 
-TEST_F(Identity, IsGivenWithTheRequestsOwnId) {
-    StartService();
-    Connect();
-    const struct {
-        const char* request;
-        const char* id;
-    } rows[] = {
-        {"info_request:1", "1"},          {"info_request", "0"},
-        {"info_request:", "0"},           {"info_request:none", "0"},
-        {"info_request:7:and:more", "7"}, {"info_request:18446744073709551615", "18446744073709551615"},
-    };
-    const std::string identity = std::string(":") + kSteamId + ":" + kPersona + ":10:" + kTicket;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.request);
-        Send(row.request);
-        ExpectAnswer(std::string("info_response:") + row.id + identity);
-    }
-    CloseFromOutside();
-}
-
 TEST_F(Identity, TakesTheWidestValues) {
     std::string ticket;
     for (int i = 0; i < 1024; ++i) ticket += "A5";

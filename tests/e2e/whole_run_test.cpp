@@ -72,6 +72,11 @@ TEST_F(WholeRun, LogsEachStep) {
                           "Connection timed out, terminating.", "Steam Service ready to exit."},
                     EndOfService()}));
     EXPECT_THAT(SteamCalls(), testing::HasSubstr("SteamAPI_Shutdown"));
+    for (const char* const heading :
+         {"A good start", "A launcher comes and has a game started", "A launcher leaves", "The end"}) {
+        ExpectShown(heading);
+    }
+    ExpectVerdict("The end");
 }
 
 }  // namespace

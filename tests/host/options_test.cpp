@@ -93,8 +93,4 @@ TEST(Options, AreLoggedAsTheyAreFound) {
     EXPECT_THAT(log.Lines(), testing::ElementsAre("Processing 1 command line arguments"));
 }
 
-TEST(Options, TheRealOnesAreRegisteredInTheirOrder) {
-    EXPECT_THAT(GlobalConfigRegistry(), testing::ElementsAre(&g_SteamTestTelemetry, &g_SteamAppID, &g_SteamLocation));
-}
-
 }  // namespace

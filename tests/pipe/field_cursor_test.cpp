@@ -117,27 +117,27 @@ TEST(FieldCursor, SkipsTheMessageName) {
 
 // The C library's scanner is the model: what it makes of a terminated text, this makes of a field without a terminator.
 TEST(FieldCursor, ReadsNumbersAsTheScannerDoes) {
-    for (const char* const text :
-         {"0",
-          "1",
-          "42",
-          "007",
-          "18446744073709551615",
-          "18446744073709551616",
-          "99999999999999999999999",
-          "-1",
-          "+5",
-          "-18446744073709551616",
-          " \t12",
-          "12ab",
-          "",
-          "-",
-          "+",
-          "ab",
-          "- 1",
-          "0x10",
-          "\"12\"",
-          "000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000007"}) {
+    const std::string longest = std::string(99, '0') + "7";
+    for (const char* const text : {"0",
+                                   "1",
+                                   "42",
+                                   "007",
+                                   "18446744073709551615",
+                                   "18446744073709551616",
+                                   "99999999999999999999999",
+                                   "-1",
+                                   "+5",
+                                   "-18446744073709551616",
+                                   " \t12",
+                                   "12ab",
+                                   "",
+                                   "-",
+                                   "+",
+                                   "ab",
+                                   "- 1",
+                                   "0x10",
+                                   "\"12\"",
+                                   longest.c_str()}) {
         SCOPED_TRACE(text);
         const bool quoted = *text == '"';
         unsigned long long scanned = 99;

@@ -101,12 +101,4 @@ TEST_F(FrameRouter, NeverLooksBehindTheEndOfATruncatedRead) {
     }
 }
 
-TEST_F(FrameRouter, TakesAFrameThatFillsTheWholeBuffer) {
-    std::string frame = "\xFC\xFF\0\0STEA:"s;
-    frame.resize(65536, 'x');
-    const Bodies bodies = Route(frame);
-    ASSERT_EQ(bodies.size(), 1u);
-    EXPECT_EQ(bodies[0].size(), 5u + 65536u - 9u);
-}
-
 }  // namespace

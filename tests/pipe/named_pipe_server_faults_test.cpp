@@ -7,7 +7,6 @@
 namespace {
 
 using platform_testing::FailCall;
-using testing::ElementsAre;
 using testing::IsSupersetOf;
 using testing::StartsWith;
 
@@ -15,43 +14,6 @@ class NamedPipeServerFaults : public PipeServerFixture {
   protected:
     ~NamedPipeServerFaults() override { platform_testing::ClearFaults(); }
 };
-
-TEST_F(NamedPipeServerFaults, ADescriptorThatIsNotCompleteOpensNoPipe) {
-    struct {
-        const char* call;
-        const char* line;
-    } const rows[] = {
-        {"CreateWellKnownSid", "Failed to create SID."},
-        {"SetEntriesInAclW", "Failed to set entries in ACL."},
-        {"InitializeSecurityDescriptor", "Failed to init SD."},
-        {"SetSecurityDescriptorDacl", "Failed to set SD DACL."},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.call);
-        FailCall(row.call, ERROR_NOT_ENOUGH_MEMORY);
-        EXPECT_FALSE(Start());
-        EXPECT_EQ(GetLastError(), ERROR_UNKNOWN_REVISION);
-        EXPECT_THAT(log.Lines(), ElementsAre(StartsWith("Creating pipe ["), row.line, StartsWith("Last error: 8 (0x8)"),
-                                             "Unable to create pipe.", StartsWith("Last error: 1305 (0x519)")));
-        EXPECT_FALSE(client.Open("none", std::chrono::milliseconds(0)));
-    }
-}
-
-TEST_F(NamedPipeServerFaults, CreateTellsItsCallerTheCode) {
-    FailCall("CreateNamedPipeA", ERROR_PIPE_BUSY);
-    EXPECT_FALSE(Start());
-    EXPECT_EQ(GetLastError(), ERROR_PIPE_BUSY);
-    EXPECT_THAT(log.Lines(), ElementsAre(StartsWith("Creating pipe ["), "Unable to create pipe.",
-                                         StartsWith("Last error: 231 (0xe7)")));
-
-    FailCall("ConnectNamedPipe", ERROR_PIPE_CONNECTED);
-    EXPECT_FALSE(Start());
-    EXPECT_EQ(GetLastError(), ERROR_PIPE_CONNECTED);
-    EXPECT_THAT(log.Lines(), ElementsAre(StartsWith("Creating pipe ["), "Connecting pipe...", "Unable to connect pipe.",
-                                         StartsWith("Last error: 535 (0x217)"), "Unable to connect pipe: 535 (0x217)"));
-    Stop();
-    EXPECT_TRUE(Start()) << "nothing is left in the way of the next try";
-}
 
 TEST_F(NamedPipeServerFaults, AFailedReadOrWriteEndsTheConnectionAndTheNextOneIsServed) {
     enum When { kBeforeTheRead, kInTheHandler };
@@ -98,21 +60,15 @@ TEST_F(NamedPipeServerFaults, AStaleSignalOfAnEarlierWriteEndsNothing) {
     EXPECT_EQ(disconnects, 0);
 }
 
-TEST_F(NamedPipeServerFaults, WhatFailsOnTheWayDownIsReportedAndTheWayGoesOn) {
+// A pipe that can't be created anew leaves none; the owner still hears of the lost client.
+TEST_F(NamedPipeServerFaults, AClientIsSeenToLeaveWithoutANewPipe) {
     ASSERT_TRUE(Start());
     ASSERT_TRUE(Connect());
     ASSERT_TRUE(Write("a"));
     ASSERT_EQ(Read(1), "a");
-    FailCall("DisconnectNamedPipe", ERROR_INVALID_HANDLE);
-    client.Close();
-    ASSERT_TRUE(Disconnected(1));
-    EXPECT_THAT(log.Lines(), IsSupersetOf({"Failed to disconnect pipe.", "Destroying pipe..."}));
-    EXPECT_TRUE(Connect());
-
-    // A pipe that can't be created anew leaves none; the owner still hears of the lost client.
     FailCall("CreateNamedPipeA", ERROR_NOT_ENOUGH_MEMORY);
     client.Close();
-    ASSERT_TRUE(Disconnected(2));
+    ASSERT_TRUE(Disconnected(1));
     EXPECT_THAT(log.Lines(), IsSupersetOf({"Unable to create pipe."}));
 }
 

@@ -104,21 +104,6 @@ TEST_F(SteamServiceStop, AThousandTimesUnderLoad) {
     EXPECT_GT(hammer.Answers(), 0);
 }
 
-TEST_F(SteamServiceStop, KeepsTheOrderOfItsLines) {
-    launcher::PipeClient client;
-    {
-        SteamService service;
-        ASSERT_TRUE(service.Init());
-        ASSERT_TRUE(client.Open("TollmereSteamHelper", test_support::Limit()));
-        ASSERT_EQ(client.Write(launcher::MakeFrame("info_request:1"), test_support::Limit()), launcher::Outcome::Done);
-        std::string answer;
-        ASSERT_EQ(client.Read(answer, test_support::Limit()), launcher::Outcome::Done);
-        log.Lines();
-        service.Shutdown();
-    }
-    EXPECT_THAT(log.Lines(), testing::ElementsAre("SteamService :: Shutdown", "Destroying pipe..."));
-}
-
 // The 20 seconds run out while the service is being taken down, or has just been.
 TEST_F(SteamServiceStop, ATimeOutThatComesDueFindsNothingToTouch) {
     log.ArmFlushTimer();

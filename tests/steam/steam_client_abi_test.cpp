@@ -174,43 +174,6 @@ TEST_P(SteamClientAbi, RawReceiverIsFlaggedAndCalledInBothForms) {
     EXPECT_EQ(overlay.m_Flags, 0x80);
 }
 
-TEST_P(SteamClientAbi, HeaderFitsTheDll) {
-    const HSteamUser user = Export<SteamAPI_GetHSteamUser_t>("SteamAPI_GetHSteamUser")();
-    const HSteamPipe pipe = Export<SteamAPI_GetHSteamPipe_t>("SteamAPI_GetHSteamPipe")();
-    EXPECT_NE(m_Client->GetISteamUtils(pipe, kSteamUtilsVersion), nullptr);
-    EXPECT_NE(m_Client->GetISteamApps(user, pipe, kSteamAppsVersion), nullptr);
-    EXPECT_NE(m_Client->GetISteamUserStats(user, pipe, kSteamUserStatsVersion), nullptr);
-    EXPECT_NE(m_Client->GetISteamController(user, pipe, kSteamControllerVersion), nullptr);
-    ISteamUser* const steamUser = m_Client->GetISteamUser(user, pipe, kSteamUserVersion);
-    ISteamFriends* const friends = m_Client->GetISteamFriends(user, pipe, kSteamFriendsVersion);
-    ASSERT_NE(steamUser, nullptr);
-    ASSERT_NE(friends, nullptr);
-
-    EXPECT_TRUE(steamUser->BLoggedOn());
-    CSteamID id = {};
-    EXPECT_EQ(steamUser->GetSteamID(&id), &id);
-    EXPECT_EQ(id.m_Value, GetParam().m_SteamId);
-    EXPECT_EQ(friends->GetPersonaName(), GetParam().m_PersonaName);
-    char ticket[1024];
-    std::uint32_t length = 0;
-    EXPECT_EQ(steamUser->GetAuthSessionTicket(ticket, sizeof ticket, &length), GetParam().m_TicketHandle);
-    EXPECT_EQ(Bytes(ticket, length), GetParam().m_Ticket);
-
-    Receiver response(8);
-    Receiver overlay(1);
-    Register(&response, 163);
-    Register(&overlay, 331);
-    EXPECT_EQ(response.m_nCallbackFlags, k_ECallbackFlagsRegistered);
-    EXPECT_EQ(response.m_iCallback, 163);
-    Pump();
-    Pump();
-    EXPECT_THAT(response.m_Received, ElementsAre("1 " + TicketPayload(GetParam().m_TicketHandle)));
-    EXPECT_THAT(overlay.m_Received, ElementsAre("3 " + kOverlayPayload));
-    Unregister(&response);
-    Unregister(&overlay);
-    EXPECT_EQ(response.m_nCallbackFlags, 0);
-}
-
 INSTANTIATE_TEST_SUITE_P(StandIns, SteamClientAbi, ::testing::ValuesIn(StandInDlls()),
                          [](const auto& row) { return row.param.m_Name; });
 

@@ -1,6 +1,3 @@
-#include <random>
-
-#include "telemetry/json/json_validator.h"
 #include "tests/telemetry/store_fixture.h"
 
 namespace {
@@ -167,41 +164,6 @@ TEST_F(EventStore, WithoutAFileOrAPublishedSourceNothingIsLoaded) {
     EXPECT_FALSE(SaveEvents());
     g_TelemetrySource = nullptr;
     EXPECT_FALSE(LoadEvents());
-}
-
-// Whatever was queued and whatever lay there: after a save the file is well-formed, and what can be held comes back.
-TEST_F(EventStore, AfterASaveTheFileIsAlwaysWellFormed) {
-    std::mt19937 random(20260101);
-    const auto bytes = [&](std::size_t most) {
-        std::string text(random() % (most + 1), '\0');
-        for (char& unit : text) unit = static_cast<char>(random());
-        return text;
-    };
-    for (int round = 0; round < 500; ++round) {
-        SCOPED_TRACE(round);
-        std::string old = bytes(300);
-        if (round % 2 == 0) {
-            // A real store, damaged in a few places or not at all.
-            old = Document({Entry(R"(\"id\":3,\u00e4 \xE4)", "7"), Entry("x", "\"0x7B\"")});
-            for (int i = round % 5; i > 0; --i) old[random() % old.size()] = static_cast<char>(random());
-        }
-        WriteStore(old);
-        const std::size_t queued = random() % 12;
-        for (std::size_t i = 0; i < queued; ++i) QueueEvent(bytes(40).c_str(), bytes(1100).c_str(), random());
-        ASSERT_TRUE(SaveEvents());
-
-        const std::string saved = *ReadStore();
-        WideString wide(saved.size(), WCHAR{});
-        for (std::size_t i = 0; i < saved.size(); ++i) wide[i] = static_cast<unsigned char>(saved[i]);
-        const std::string text = WideToUtf8(wide.c_str());
-        log.Bytes();
-        ASSERT_TRUE(ValidateDocument(text.data(), text.size())) << saved;
-        ASSERT_EQ(log.Bytes(), "");
-        source.m_Events.clear();
-        ASSERT_TRUE(LoadEvents());
-        EXPECT_GE(source.m_Events.size(), std::min<std::size_t>(queued, 10));
-        source.m_Events.clear();
-    }
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 
 #include <vector>
 
-#include "pipe/field_cursor.h"
-
 namespace {
 
 using ::testing::ElementsAre;
@@ -19,26 +17,6 @@ std::vector<std::string> Drain(launcher::FrameReader& reader) {
     return frames;
 }
 
-TEST(MakeFrame, CountsTheIdTheSeparatorAndTheBody) {
-    EXPECT_EQ(launcher::MakeFrame("info_request:1"), std::string("\x13\0\0\0STEA:info_request:1", 23));
-    EXPECT_EQ(launcher::MakeFrame(std::string(0x01FFFA, 'x')).substr(0, 4), std::string("\xFF\xFF\x01\0", 4));
-}
-
-TEST(FrameReader, GivesTheSameFramesWhereverTheStreamIsSplit) {
-    const std::string stream =
-        launcher::MakeFrame("a:b") + launcher::MakeFrame("", "X") + launcher::MakeFrame(std::string(300, 'c'));
-    for (std::size_t split = 0; split <= stream.size(); ++split) {
-        SCOPED_TRACE(split);
-        launcher::FrameReader reader;
-        reader.Feed(std::string_view(stream).substr(0, split));
-        std::vector<std::string> frames = Drain(reader);
-        reader.Feed(std::string_view(stream).substr(split));
-        for (std::string& frame : Drain(reader)) frames.push_back(std::move(frame));
-        EXPECT_THAT(frames, ElementsAre("STEA|a:b", "X|", "STEA|" + std::string(300, 'c')));
-        EXPECT_FALSE(reader.IsBroken());
-    }
-}
-
 TEST(FrameReader, GivesUpOnWhatIsNoFrame) {
     const std::string good = launcher::MakeFrame("good");
     for (const std::string& bad :
@@ -47,23 +25,6 @@ TEST(FrameReader, GivesUpOnWhatIsNoFrame) {
         reader.Feed(good + bad + good);
         EXPECT_THAT(Drain(reader), ElementsAre("STEA|good"));
         EXPECT_TRUE(reader.IsBroken());
-    }
-}
-
-// The two ends agree on the quoting.
-TEST(LaunchRequest, IsReadAsItWasMeant) {
-    for (const char* const text :
-         {R"(C:\Games\My Game\game.exe)", R"(-name "Ada: L\")", R"(\\server\share\)", R"("")", "", ":"}) {
-        SCOPED_TRACE(text);
-        std::string body = launcher::LaunchRequest(7, text, "dir", text);
-        FieldCursor cursor;
-        cursor.m_Data = reinterpret_cast<std::uint8_t*>(body.data());
-        cursor.m_Length = static_cast<std::uint32_t>(body.size());
-        SkipMessageName(cursor);
-        std::string id, executable, directory, arguments;
-        EXPECT_TRUE(ReadStringField(cursor, id) && ReadStringField(cursor, executable) &&
-                    ReadStringField(cursor, directory) && ReadStringField(cursor, arguments));
-        EXPECT_THAT((std::vector{id, executable, directory, arguments}), ElementsAre("7", text, "dir", text));
     }
 }
 
