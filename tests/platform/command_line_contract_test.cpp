@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -51,18 +50,6 @@ TEST(CommandLineContract, SplitsAsDocumented) {
         {"p \xC3\xBC\xF0\x9F\x8E\xAE", {"p", "\xC3\xBC\xF0\x9F\x8E\xAE"}},
     };
     for (const auto& row : rows) EXPECT_EQ(Split(row.line), row.entries) << row.line;
-}
-
-TEST(CommandLineContract, AnEmptyLineStandsForTheProgramsPath) {
-    WCHAR path[kPathCapacity] = {};
-    ASSERT_NE(GetModuleFileNameW(nullptr, path, kPathCapacity), 0u);
-    EXPECT_THAT(Split(""), testing::ElementsAre(WideToUtf8(path)));
-}
-
-TEST(CommandLineContract, TheProcesssOwnLineBeginsWithItsName) {
-    const std::vector<std::string> own = Split(WideToUtf8(GetCommandLineW()).c_str());
-    ASSERT_FALSE(own.empty());
-    EXPECT_THAT(own[0], testing::HasSubstr("platform_contract_test"));
 }
 
 }  // namespace

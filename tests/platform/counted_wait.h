@@ -8,9 +8,9 @@
 // A registered wait that counts its callbacks. Gone, and no callback running, when the object is.
 class CountedWait {
   public:
-    explicit CountedWait(HANDLE event, ULONG flags = 0, ULONG milliseconds = INFINITE) {
+    explicit CountedWait(HANDLE event, ULONG flags = 0) {
         m_Registered =
-            RegisterWaitForSingleObject(&m_Wait, event, OnFired, this, milliseconds, flags | WT_EXECUTEINWAITTHREAD);
+            RegisterWaitForSingleObject(&m_Wait, event, OnFired, this, INFINITE, flags | WT_EXECUTEINWAITTHREAD);
     }
     ~CountedWait() {
         if (m_Registered) UnregisterWaitEx(m_Wait, INVALID_HANDLE_VALUE);
@@ -19,22 +19,14 @@ class CountedWait {
     CountedWait& operator=(const CountedWait&) = delete;
 
     int Signals() const { return m_Signals; }
-    int TimeOuts() const { return m_TimeOuts; }
     bool Reaches(int signals) const {
         return test_support::WaitUntil([&] { return m_Signals == signals; });
     }
-    bool ReachesTimeOuts(int timeOuts) const {
-        return test_support::WaitUntil([&] { return m_TimeOuts == timeOuts; });
-    }
 
   private:
-    static void CALLBACK OnFired(void* parameter, BOOLEAN timedOut) {
-        auto& self = *static_cast<CountedWait*>(parameter);
-        ++(timedOut ? self.m_TimeOuts : self.m_Signals);
-    }
+    static void CALLBACK OnFired(void* parameter, BOOLEAN) { ++static_cast<CountedWait*>(parameter)->m_Signals; }
 
     std::atomic<int> m_Signals = 0;
-    std::atomic<int> m_TimeOuts = 0;
     HANDLE m_Wait = nullptr;
     BOOL m_Registered = FALSE;
 };

@@ -89,58 +89,10 @@ TEST_F(FileContract, AFileThatIsNotSharedIsOpenOnce) {
     EXPECT_TRUE(CloseHandle(second));
 }
 
-TEST_F(FileContract, WhatIsMissingIsTold) {
-    const WideString missing = Path("missing"), below = Path("missing/file"), here = Path("here");
-    Append(here, "x", ERROR_SUCCESS);
-    EXPECT_EQ(Open(missing, FILE_READ_DATA, OPEN_EXISTING), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
-    EXPECT_EQ(Open(below, FILE_APPEND_DATA, OPEN_ALWAYS), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_PATH_NOT_FOUND});
-
-    struct {
-        const char* call;
-        DWORD error;
-        DWORD expected;
-    } const rows[] = {
-        {"DeleteFileW", ErrorOf(DeleteFileW(missing.c_str())), ERROR_FILE_NOT_FOUND},
-        {"DeleteFileW below", ErrorOf(DeleteFileW(below.c_str())), ERROR_PATH_NOT_FOUND},
-        {"MoveFileW", ErrorOf(MoveFileW(missing.c_str(), Path("to").c_str())), ERROR_FILE_NOT_FOUND},
-        {"MoveFileW below", ErrorOf(MoveFileW(here.c_str(), below.c_str())), ERROR_PATH_NOT_FOUND},
-        {"PathFileExistsW", ErrorOf(PathFileExistsW(missing.c_str())), ERROR_FILE_NOT_FOUND},
-        {"CreateDirectoryW", ErrorOf(CreateDirectoryW(below.c_str(), nullptr)), ERROR_PATH_NOT_FOUND},
-    };
-    for (const auto& row : rows) EXPECT_EQ(row.error, row.expected) << row.call;
-    EXPECT_EQ(GetFileAttributesW(missing.c_str()), DWORD{INVALID_FILE_ATTRIBUTES});
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND});
-}
-
-TEST_F(FileContract, FoldersAreMadeOnceAndAreNoFiles) {
-    const WideString path = Path("folder");
-    EXPECT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
-    EXPECT_EQ(ErrorOf(CreateDirectoryW(path.c_str(), nullptr)), DWORD{ERROR_ALREADY_EXISTS});
-    EXPECT_TRUE(PathFileExistsW(path.c_str()));
-    EXPECT_NE(GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0u);
-    EXPECT_EQ(Open(path, FILE_READ_DATA, OPEN_EXISTING), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(ErrorOf(DeleteFileW(path.c_str())), DWORD{ERROR_ACCESS_DENIED});
-    // Both separators are good in a path that the program has put together.
-    const WideString inside = path + WIDE_TEXT("\\file");
-    Append(inside, "x", ERROR_SUCCESS);
-    EXPECT_EQ(GetFileAttributesW((path + WIDE_TEXT("/file")).c_str()) & FILE_ATTRIBUTE_DIRECTORY, 0u);
-}
-
-TEST(KnownFolderContract, TheTwoFoldersHavePaths) {
-    for (const KNOWNFOLDERID* const folder : {&FOLDERID_ProgramData, &FOLDERID_LocalAppData}) {
-        LPWSTR path = nullptr;
-        ASSERT_EQ(SHGetKnownFolderPath(*folder, 0, nullptr, &path), S_OK);
-        EXPECT_NE(path[0], 0);
-        EXPECT_NE(WideString(path).back(), WIDE_TEXT("\\")[0]);
-        CoTaskMemFree(path);
-    }
-    LPWSTR path = nullptr;
-    const KNOWNFOLDERID unknown = {};
-    EXPECT_LT(SHGetKnownFolderPath(unknown, 0, nullptr, &path), 0);
-    EXPECT_EQ(path, nullptr);
+TEST(ModuleContract, APathThatDoesNotFitIsCut) {
+    WCHAR path[6] = {0, 0, 0, 0, 0, 'x'};
+    EXPECT_EQ(GetModuleFileNameW(GetModuleHandleW(nullptr), path, 5), 5u);
+    EXPECT_EQ(path[5], 'x');
 }
 
 }  // namespace

@@ -117,44 +117,4 @@ TEST_F(NativePipe, AfterAnEndNothingIsTouched) {
     EXPECT_EQ(platform_testing::OpenHandleCount(), handles + 1) << "the event of the connect";
 }
 
-TEST_F(NativePipe, MisuseIsFoundOut) {
-    Create();
-    ASSERT_TRUE(ClientCame());
-    Request read, second;
-    EXPECT_EQ(Read(read), ERROR_IO_PENDING);
-    EXPECT_EQ(Read(second), ERROR_INVALID_PARAMETER) << "one read at a time";
-    second.Record()->hEvent = INVALID_HANDLE_VALUE;
-    EXPECT_EQ(Write(second, "x"), ERROR_INVALID_HANDLE);
-    DWORD count = 0;
-    EXPECT_FALSE(WriteFile(pipe, "x", 1, &count, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    Close();  // while what is pending still has its record
-}
-
-TEST_F(NativePipe, AConnectionThatHammersLosesNothing) {
-    Create();
-    std::thread clients([&] {
-        for (int i = 0; i < 200; ++i) {
-            launcher::PipeClient one;
-            while (!one.TryOpen(name)) std::this_thread::yield();
-            std::string echo;
-            one.Write("ping", test_support::Limit());
-            EXPECT_EQ(one.Read(echo, test_support::Limit()), launcher::Outcome::Done) << i;
-            EXPECT_EQ(echo, "ping");
-        }
-    });
-    for (int i = 0; i < 200; ++i) {
-        Request connect, read, write;
-        const DWORD error = Connect(connect);
-        ASSERT_TRUE(error == ERROR_PIPE_CONNECTED || (error == ERROR_IO_PENDING && connect.Signalled())) << error;
-        Read(read);
-        EXPECT_EQ(Received(read), "ping");
-        EXPECT_EQ(Write(write, "ping"), ERROR_SUCCESS);
-        const DWORD end = Read(read);
-        EXPECT_TRUE(end == ERROR_BROKEN_PIPE || (end == ERROR_IO_PENDING && Received(read) == "error 109")) << end;
-        EXPECT_EQ(Disconnect(), ERROR_SUCCESS);
-    }
-    clients.join();
-}
-
 }  // namespace

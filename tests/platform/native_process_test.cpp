@@ -1,14 +1,12 @@
-// What the layer promises of processes, folders and probes beyond the common contract.
+// What the layer promises of processes, text and folders beyond the common contract.
 
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "diagnostics/text.h"
 #include "tests/support/limits.h"
@@ -16,17 +14,19 @@
 
 namespace {
 
-DWORD StartShell(const std::string& script) {
-    WideString line = Utf8ToWide(("sh -c \"" + script + "\"").c_str());
+// The process's id; 0 if it could not be started.
+DWORD Start(LPCWSTR file, const std::string& commandLine) {
+    WideString line = Utf8ToWide(commandLine.c_str());
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(u"/bin/sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) {
-        return 0;
-    }
+    if (!CreateProcessW(file, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process)) return 0;
     CloseHandle(process.hProcess);
     CloseHandle(process.hThread);
     return process.dwProcessId;
+}
+DWORD StartShell(const std::string& script) {
+    return Start(u"/bin/sh", "sh -c \"" + script + "\"");
 }
 
 TEST(NativeProcess, AChildInheritsNoDescriptorAndNoSignalMask) {
@@ -59,23 +59,15 @@ TEST(NativeProcess, AChildIsReapedAndOthersAreLeftAlone) {
     EXPECT_EQ(WEXITSTATUS(status), 7);
 }
 
-TEST(NativeProcess, WhatIsNoProgramIsRefused) {
-    const test_support::TempFolder folder;
-    const std::filesystem::path file = folder.Path() / "game";
-    std::ofstream(file) << "text";
-    const struct {
-        mode_t mode;
-        DWORD error;
-    } rows[] = {{0644, ERROR_ACCESS_DENIED}, {0755, ERROR_BAD_EXE_FORMAT}};
-    for (const auto& row : rows) {
-        chmod(file.c_str(), row.mode);
-        STARTUPINFOW startup = {};
-        PROCESS_INFORMATION process = {};
-        WCHAR line[] = {0};
-        EXPECT_FALSE(CreateProcessW(Utf8ToWide(file.c_str()).c_str(), line, nullptr, nullptr, FALSE, 0, nullptr,
-                                    nullptr, &startup, &process));
-        EXPECT_EQ(GetLastError(), row.error);
-    }
+TEST(NativeProcess, WithAnEmptyLineTheFilesNameStandsInItsPlace) {
+    const DWORD child = Start(u"/usr/bin/yes", "");
+    ASSERT_NE(child, 0u);
+    // Empty while the system is still taking the program in.
+    const std::string file = "/proc/" + std::to_string(child) + "/cmdline";
+    std::string arguments;
+    EXPECT_TRUE(test_support::WaitUntil([&] { return !(arguments = test_support::ReadAll(file)).empty(); }));
+    EXPECT_EQ(arguments, std::string("/usr/bin/yes\0", 13));
+    kill(static_cast<pid_t>(child), SIGKILL);
 }
 
 TEST(NativeText, OneReplacementForEachRunThatBeginsACharacter) {
@@ -91,29 +83,25 @@ TEST(NativeText, OneReplacementForEachRunThatBeginsACharacter) {
 
 TEST(NativeFolders, TheEnvironmentChoosesThem) {
     const char* const variables[] = {"TOLLMERE_PROGRAM_DATA", "XDG_STATE_HOME", "HOME"};
-    char saved[3][kPathCapacity] = {};
-    bool wasSet[3];
-    for (int i = 0; i < 3; ++i) wasSet[i] = GetEnvironmentVariableA(variables[i], saved[i], kPathCapacity) != 0;
-
-    const auto folder = [] {
+    const struct {
+        const char* values[3];
+        const char* folder;
+    } rows[] = {
+        {{"/for/tests", "/state", "/home/me"}, "/for/tests"},
+        {{nullptr, "/state", "/home/me"}, "/state"},
+        {{nullptr, "", "/home/me"}, "/home/me/.local/state"},
+        {{nullptr, nullptr, nullptr}, "none"},
+    };
+    char home[kPathCapacity] = {};
+    GetEnvironmentVariableA("HOME", home, kPathCapacity);
+    for (const auto& row : rows) {
+        for (int i = 0; i < 3; ++i) SetEnvironmentVariableA(variables[i], row.values[i]);
         LPWSTR path = nullptr;
         const HRESULT result = SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &path);
-        const std::string text = result == S_OK ? WideToUtf8(path) : "none";
+        EXPECT_EQ(result == S_OK ? WideToUtf8(path) : "none", row.folder);
         CoTaskMemFree(path);
-        return text;
-    };
-    SetEnvironmentVariableA("TOLLMERE_PROGRAM_DATA", "/for/tests");
-    SetEnvironmentVariableA("XDG_STATE_HOME", "/state");
-    SetEnvironmentVariableA("HOME", "/home/me");
-    EXPECT_EQ(folder(), "/for/tests");
-    SetEnvironmentVariableA("TOLLMERE_PROGRAM_DATA", nullptr);
-    EXPECT_EQ(folder(), "/state");
-    SetEnvironmentVariableA("XDG_STATE_HOME", "");
-    EXPECT_EQ(folder(), "/home/me/.local/state");
-    SetEnvironmentVariableA("HOME", nullptr);
-    EXPECT_EQ(folder(), "none");
-
-    for (int i = 0; i < 3; ++i) SetEnvironmentVariableA(variables[i], wasSet[i] ? saved[i] : nullptr);
+    }
+    SetEnvironmentVariableA("HOME", home);
 }
 
 }  // namespace

@@ -2,16 +2,6 @@
 
 namespace {
 
-TEST_F(PipeContract, AConnectIsPendingUntilAClientComes) {
-    Request connect;
-    EXPECT_EQ(Connect(connect), DWORD{ERROR_IO_PENDING});
-    EXPECT_EQ(connect.Error(pipe), DWORD{ERROR_IO_INCOMPLETE});
-    EXPECT_TRUE(connect.NotSignalled());
-    ASSERT_TRUE(client.Open(name, test_support::Limit()));
-    EXPECT_TRUE(connect.Signalled());
-    EXPECT_EQ(connect.Error(pipe), DWORD{ERROR_SUCCESS});
-}
-
 TEST_F(PipeContract, AClientThatCameFirstIsToldWithoutASignal) {
     ASSERT_TRUE(client.TryOpen(name));
     Request connect;
@@ -31,36 +21,6 @@ TEST_F(PipeContract, AClientThatCameAndWentIsToldToo) {
     EXPECT_EQ(Disconnect(), DWORD{ERROR_SUCCESS});
 }
 
-TEST_F(PipeContract, ThereIsOneInstanceAndOneClient) {
-    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_PIPE_BUSY});
-
-    ASSERT_TRUE(ClientCame());
-    launcher::PipeClient second;
-    EXPECT_FALSE(second.TryOpen(name));
-    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_PIPE_BUSY});
-
-    Request read;
-    ASSERT_TRUE(ClientWrites("still served"));
-    Read(read);
-    EXPECT_EQ(Received(read), "still served");
-}
-
-TEST_F(PipeContract, TheNameCanBeUsedAgainAtOnce) {
-    for (int i = 0; i < 30; ++i) {
-        ASSERT_TRUE(ClientCame()) << i;
-        Request read;
-        EXPECT_EQ(Read(read), DWORD{ERROR_IO_PENDING});
-        client.Close();
-        ASSERT_EQ(Received(read), "error 109");
-        ASSERT_EQ(Disconnect(), DWORD{ERROR_SUCCESS});
-        Close();
-        Create();
-        ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
-    }
-}
-
 TEST_F(PipeContract, ADisconnectedPipeCanListenAgain) {
     ASSERT_TRUE(ClientCame());
     ASSERT_EQ(Disconnect(), DWORD{ERROR_SUCCESS});
@@ -69,13 +29,6 @@ TEST_F(PipeContract, ADisconnectedPipeCanListenAgain) {
     client.Close();
     EXPECT_FALSE(client.TryOpen(name)) << "nobody listens";
     EXPECT_TRUE(ClientCame());
-}
-
-TEST_F(PipeContract, WithoutAPipeThereIsNothingToOpen) {
-    Close();
-    EXPECT_FALSE(client.TryOpen(name));
-    EXPECT_FALSE(DisconnectNamedPipe(pipe));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
 }
 
 TEST_F(PipeContract, ADescriptorOfAnUnknownRevisionIsRefused) {

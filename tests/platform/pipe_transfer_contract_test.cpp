@@ -2,17 +2,6 @@
 
 namespace {
 
-TEST_F(PipeContract, AReadIsPendingUntilThereIsSomething) {
-    ASSERT_TRUE(ClientCame());
-    Request read;
-    for (const char* const text : {"first", "second"}) {
-        EXPECT_EQ(Read(read), DWORD{ERROR_IO_PENDING});
-        EXPECT_EQ(read.Error(pipe), DWORD{ERROR_IO_INCOMPLETE});
-        ASSERT_TRUE(ClientWrites(text));
-        EXPECT_EQ(Received(read), text);
-    }
-}
-
 TEST_F(PipeContract, AReadTakesAllThatIsThereAtOnce) {
     ASSERT_TRUE(ClientCame());
     ASSERT_TRUE(ClientWrites("one"));
@@ -46,17 +35,6 @@ TEST_F(PipeContract, WhatTheClientLeftIsReadBeforeItsEnd) {
     EXPECT_TRUE(read.NotSignalled());
 }
 
-TEST_F(PipeContract, AWriteThatFitsIsDoneAtOnce) {
-    ASSERT_TRUE(ClientCame());
-    Request write;
-    const std::string bytes(kCapacity, 'x');
-    EXPECT_EQ(Write(write, bytes), DWORD{ERROR_SUCCESS});
-    EXPECT_TRUE(write.Signalled());
-    EXPECT_EQ(write.Error(pipe), DWORD{ERROR_SUCCESS});
-    EXPECT_EQ(write.Count(), kCapacity);
-    EXPECT_TRUE(ClientReads(bytes.size()) == bytes);
-}
-
 TEST_F(PipeContract, ALargerWriteIsPendingUntilTheClientReads) {
     ASSERT_TRUE(ClientCame());
     for (const std::size_t size : {std::size_t{kCapacity} + 1, std::size_t{500'000}}) {
@@ -72,18 +50,6 @@ TEST_F(PipeContract, ALargerWriteIsPendingUntilTheClientReads) {
         EXPECT_EQ(write.Error(pipe), DWORD{ERROR_SUCCESS});
         EXPECT_EQ(write.Count(), size);
     }
-}
-
-TEST_F(PipeContract, ReadAndWriteArePendingTogether) {
-    ASSERT_TRUE(ClientCame());
-    Request read, write;
-    EXPECT_EQ(Read(read), DWORD{ERROR_IO_PENDING});
-    const std::string bytes(3 * kCapacity, 'y');
-    EXPECT_EQ(Write(write, bytes), DWORD{ERROR_IO_PENDING});
-    ASSERT_TRUE(ClientWrites("meanwhile"));
-    EXPECT_EQ(Received(read), "meanwhile");
-    EXPECT_EQ(ClientReads(bytes.size()).size(), bytes.size());
-    EXPECT_TRUE(write.Signalled());
 }
 
 TEST_F(PipeContract, AWriteThatIsPendingEndsWithItsClient) {

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstring>
 #include <string>
-#include <thread>
-#include <vector>
+#include <utility>
 
 #include "diagnostics/text.h"
-#include "tests/support/limits.h"
 
 namespace {
 
@@ -51,54 +47,13 @@ TEST(TextContract, AnUnpairedSurrogateIsReplaced) {
     for (const auto& [wide, narrow] : rows) EXPECT_EQ(WideToUtf8(wide.c_str()), narrow);
 }
 
-TEST(TextContract, TheSizeIsAskedForAndKept) {
-    const WCHAR wide[] = {'a', 0xFC, 0};
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, wide, -1, nullptr, 0, nullptr, nullptr), 4);
-    char narrow[4];
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, wide, -1, narrow, 3, nullptr, nullptr), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, wide, -1, narrow, 4, nullptr, nullptr), 4);
-    EXPECT_STREQ(narrow, "a\xC3\xBC");
-
-    WCHAR back[3];
-    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, narrow, -1, nullptr, 0), 3);
-    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, narrow, -1, back, 2), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, narrow, -1, back, 3), 3);
-    EXPECT_EQ(WideString(back), WideString(wide));
-}
-
-TEST(TextContract, CodesHaveTextsWithALineEnd) {
-    const auto format = [](DWORD code, char* buffer, DWORD size) {
-        return FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0x400, buffer,
-                              size, nullptr);
-    };
-    char buffer[1024];
-    for (const DWORD code : {ERROR_FILE_NOT_FOUND, ERROR_BROKEN_PIPE, ERROR_PIPE_BUSY}) {
-        const DWORD length = format(code, buffer, sizeof buffer);
-        ASSERT_GT(length, 2u) << code;
-        EXPECT_EQ(std::strlen(buffer), length);
-        EXPECT_STREQ(buffer + length - 2, "\r\n");
-    }
-    EXPECT_EQ(format(0x2FFFFFFF, buffer, sizeof buffer), 0u);
-    EXPECT_EQ(GetLastError(), 317u);
-}
-
-TEST(LastErrorContract, EachThreadHasItsOwn) {
-    // No call in between: most of them change it.
-    std::atomic<bool> set = false, seen = false;
-    std::thread other([&] {
-        SetLastError(6);
-        set = true;
-        while (!seen) {
-        }
-        EXPECT_EQ(GetLastError(), 6u);
-    });
-    EXPECT_TRUE(test_support::WaitUntil([&] { return set.load(); }));
-    SetLastError(5);
-    seen = true;
-    EXPECT_EQ(GetLastError(), 5u);
-    other.join();
+// A log in which every reason were unknown would pass all other tests.
+TEST(TextContract, ACodeHasATextWithALineEnd) {
+    char text[1024];
+    const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                        ERROR_BROKEN_PIPE, 0x400, text, sizeof text, nullptr);
+    ASSERT_GT(length, 2u);
+    EXPECT_STREQ(text + length - 2, "\r\n");
 }
 
 TEST(TimeContract, SystemTimesBecomeFileTimes) {
@@ -106,43 +61,6 @@ TEST(TimeContract, SystemTimesBecomeFileTimes) {
     FILETIME time = {};
     ASSERT_TRUE(SystemTimeToFileTime(&unixEpoch, &time));
     EXPECT_EQ(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime, 116'444'736'000'010'000u);
-    const SYSTEMTIME noHour = {2023, 2, 0, 1, 24, 0, 0, 0};
-    EXPECT_FALSE(SystemTimeToFileTime(&noHour, &time));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-}
-
-TEST(SecurityContract, AGrantIsOneEntryOfTheList) {
-    BYTE sid[SECURITY_MAX_SID_SIZE] = {};
-    DWORD size = 1;
-    EXPECT_FALSE(CreateWellKnownSid(WinAuthenticatedUserSid, nullptr, sid, &size));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
-    ASSERT_EQ(size, 12u);
-    ASSERT_TRUE(CreateWellKnownSid(WinAuthenticatedUserSid, nullptr, sid, &size));
-    const BYTE expectedSid[] = {1, 1, 0, 0, 0, 0, 0, 5, 11, 0, 0, 0};
-    EXPECT_EQ(std::memcmp(sid, expectedSid, sizeof expectedSid), 0);
-
-    EXPLICIT_ACCESS_W entry = {};
-    entry.grfAccessPermissions = GENERIC_READ | GENERIC_WRITE;
-    entry.grfAccessMode = GRANT_ACCESS;
-    entry.grfInheritance = NO_INHERITANCE;
-    BuildTrusteeWithSidW(&entry.Trustee, sid);
-    PACL acl = nullptr;
-    ASSERT_EQ(SetEntriesInAclW(1, &entry, nullptr, &acl), DWORD{ERROR_SUCCESS});
-    const auto* const bytes = reinterpret_cast<const BYTE*>(acl);
-    EXPECT_EQ(bytes[4], 1) << "one entry";
-    EXPECT_EQ(bytes[8], 0) << "it allows";
-    EXPECT_EQ(std::memcmp(bytes + 16, sid, size), 0);
-    DWORD mask = 0;
-    std::memcpy(&mask, bytes + 12, sizeof mask);
-    EXPECT_EQ(mask, DWORD{GENERIC_READ | GENERIC_WRITE});
-
-    SECURITY_DESCRIPTOR descriptor = {};
-    EXPECT_FALSE(SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE)) << "not initialised";
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_UNKNOWN_REVISION});
-    EXPECT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
-    EXPECT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE));
-    EXPECT_EQ(descriptor.Dacl, acl);
-    EXPECT_EQ(LocalFree(acl), nullptr);
 }
 
 }  // namespace

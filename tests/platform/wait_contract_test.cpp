@@ -21,75 +21,6 @@ TEST(WaitContract, AOneShotWaitFiresOnce) {
     EXPECT_TRUE(late.Reaches(1)) << "the event is still signalled";
 }
 
-TEST(WaitContract, ARepeatingWaitOnAnAutoResetEventFiresOnceASignal) {
-    const OwnedEvent event(false);
-    const CountedWait wait(event);
-    for (int i = 1; i <= 20; ++i) {
-        SetEvent(event);
-        ASSERT_TRUE(wait.Reaches(i));
-    }
-    ASSERT_TRUE(WaitThreadHasComeRound());
-    EXPECT_EQ(wait.Signals(), 20);
-}
-
-TEST(WaitContract, ATimeOutFiresAndSaysSo) {
-    const OwnedEvent event(true);
-    const CountedWait timed(event, WT_EXECUTEONLYONCE, 1);
-    EXPECT_TRUE(timed.ReachesTimeOuts(1));
-    EXPECT_EQ(timed.Signals(), 0);
-
-    const CountedWait patient(event, WT_EXECUTEONLYONCE, 1'000'000);
-    SetEvent(event);
-    EXPECT_TRUE(patient.Reaches(1));
-    EXPECT_EQ(patient.TimeOuts(), 0);
-}
-
-TEST(WaitContract, AnUnregisteredWaitFiresNoMore) {
-    int calls = 0;
-    const auto count = [](void* parameter, BOOLEAN) { ++*static_cast<int*>(parameter); };
-    for (const HANDLE completion : {HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
-        const OwnedEvent event(false);
-        HANDLE wait = nullptr;
-        ASSERT_TRUE(RegisterWaitForSingleObject(&wait, event, count, &calls, INFINITE, WT_EXECUTEINWAITTHREAD));
-        EXPECT_TRUE(UnregisterWaitEx(wait, completion));
-        SetEvent(event);
-        ASSERT_TRUE(WaitThreadHasComeRound());
-        EXPECT_EQ(calls, 0);
-    }
-}
-
-TEST(WaitContract, ACallbackUnregistersItsOwnWaitAndRegistersAnother) {
-    struct Chain {
-        HANDLE event;
-        HANDLE wait = nullptr;
-        std::atomic<int> calls = 0;
-        bool answered = true;
-
-        void Register() {
-            RegisterWaitForSingleObject(&wait, event, OnFired, this, INFINITE,
-                                        WT_EXECUTEINWAITTHREAD | WT_EXECUTEONLYONCE);
-        }
-        static void CALLBACK OnFired(void* parameter, BOOLEAN) {
-            auto& self = *static_cast<Chain*>(parameter);
-            // Both answers mean that the wait is gone; which of them it is differs from system to system.
-            self.answered &= UnregisterWaitEx(self.wait, nullptr) || GetLastError() == ERROR_IO_PENDING;
-            if (self.calls < 5) self.Register();
-            ++self.calls;
-        }
-    };
-    const OwnedEvent event(false);
-    Chain chain{event};
-    chain.Register();
-    for (int i = 1; i <= 6; ++i) {
-        SetEvent(event);
-        ASSERT_TRUE(test_support::WaitUntil([&] { return chain.calls == i; }));
-    }
-    SetEvent(event);
-    ASSERT_TRUE(WaitThreadHasComeRound());
-    EXPECT_EQ(chain.calls, 6);
-    EXPECT_TRUE(chain.answered);
-}
-
 // A callback that is held until it is let go.
 struct HeldCallback {
     static void CALLBACK OnFired(void* parameter, BOOLEAN) {
@@ -156,16 +87,6 @@ TEST(WaitContract, AllCallbacksRunOnOneThread) {
     for (const HANDLE wait : waits) EXPECT_TRUE(UnregisterWaitEx(wait, INVALID_HANDLE_VALUE));
     EXPECT_EQ(seen.threads.size(), 1u);
     EXPECT_FALSE(seen.threads.contains(GetCurrentThreadId()));
-}
-
-TEST(WaitContract, AClosedEventIsGone) {
-    const HANDLE closed = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    EXPECT_TRUE(CloseHandle(closed));
-    for (const auto call : {CloseHandle, SetEvent}) {
-        SetLastError(ERROR_SUCCESS);
-        EXPECT_FALSE(call(closed));
-        EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_HANDLE});
-    }
 }
 
 }  // namespace
