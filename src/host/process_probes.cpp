@@ -48,12 +48,13 @@ bool FindParentProcessId(DWORD& parentId) {
     return readable;
 }
 
-// The path of the process's executable; false, with nothing reported, if it can't be read. One that doesn't fit is cut.
-bool ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity + 1]) {
+// The length of the path of the process's executable; 0, with nothing reported, if it can't be read. One that doesn't
+// fit is cut, and its length is then kPathCapacity or more.
+DWORD ReadExecutablePath(HANDLE process, WCHAR (&path)[kPathCapacity + 1]) {
     HMODULE module = nullptr;  // the first module of a process is its executable
     DWORD needed = 0;
-    if (!K32EnumProcessModules(process, &module, sizeof(HMODULE), &needed)) return false;
-    return K32GetModuleFileNameExW(process, module, path, kPathCapacity) != 0;
+    if (!K32EnumProcessModules(process, &module, sizeof(HMODULE), &needed)) return 0;
+    return K32GetModuleFileNameExW(process, module, path, kPathCapacity);
 }
 
 }  // namespace
@@ -91,12 +92,12 @@ bool GetParentProcessDirectory(char (&out)[kPathCapacity]) {
         return false;
     }
     WCHAR widePath[kPathCapacity + 1] = {};  // a path that was cut need not be terminated
-    const bool found = ReadExecutablePath(process, widePath);
+    const DWORD length = ReadExecutablePath(process, widePath);
     CloseHandle(process);
-    if (!found) return false;
+    if (length == 0) return false;
 
     std::string path = WideToUtf8(widePath);
-    if (path.size() >= sizeof out) {
+    if (length >= kPathCapacity || path.size() >= sizeof out) {
         Log("Parent process location is too long and will not be used.");
         return false;
     }

@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 
 #include "platform/posix/testing/faults.h"
 #include "platform/posix/testing/surroundings.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/temp_folder.h"
 
 namespace {
 
@@ -65,6 +67,27 @@ TEST(ProcessProbes, TheParentsDirectoryIsThatOfItsExecutable) {
     char directory[kPathCapacity] = "untouched";
     ASSERT_TRUE(GetParentProcessDirectory(directory));
     EXPECT_EQ(directory, parent.parent_path().string());
+}
+
+// A shell in such a folder runs this test once more, as its child.
+TEST(ProcessProbes, AParentsPathThatDoesNotFitIsNotUsed) {
+    namespace fs = std::filesystem;
+    if (std::getenv("TOLLMERE_LONG_PARENT") != nullptr) {
+        test_support::LogCapture log;
+        char directory[kPathCapacity] = "untouched";
+        EXPECT_FALSE(GetParentProcessDirectory(directory));
+        EXPECT_STREQ(directory, "untouched");
+        EXPECT_THAT(log.Lines(), testing::ElementsAre("Parent process location is too long and will not be used."));
+        return;
+    }
+    const test_support::TempFolder folder;
+    const fs::path shell = folder.Path() / std::string(200, 'a') / std::string(kPathCapacity - 200, 'b') / "sh";
+    fs::create_directories(shell.parent_path());
+    fs::copy_file("/bin/sh", shell);
+    const std::string command = "TOLLMERE_LONG_PARENT=1 " + shell.string() +
+                                " -c '\"$0\" --gtest_filter=*DoesNotFitIsNotUsed; exit $?' '" +
+                                fs::read_symlink("/proc/self/exe").string() + "'";
+    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 TEST(ProcessProbes, AParentThatCannotBeFoundLeavesTheResultAlone) {
