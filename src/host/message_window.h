@@ -11,5 +11,5 @@ HWND CreateMessageWindow(HINSTANCE instance);
 // From now on the window's destruction ends PumpMessages; before, it doesn't. `window` must live as long as the window.
 void ArmQuitOnDestroy(HWND& window);
 
-// Dispatches messages until the window is destroyed, or the message queue fails.
+// Dispatches messages until one says that the loop is to end, as the window's destruction does, or the queue fails.
 void PumpMessages();

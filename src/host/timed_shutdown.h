@@ -3,8 +3,9 @@
 // The time-out that ends a process without a launcher: 20 s after the start or after the launcher has gone, unless one
 // connects. When it runs out it sets the service's m_ReadyToExit, and the worker does the rest.
 //
-// Schedule and Cancel run on the worker before the pipe exists, and afterwards on the wait thread, inside the pipe's
-// completions. Failures log a line; nothing then takes the time-out's place until the next Schedule.
+// Schedule and Cancel run on the worker before the pipe exists or if it can't be created, and otherwise on the wait
+// thread, inside the pipe's completions. Failures log a line; nothing then takes the time-out's place until the next
+// Schedule.
 
 class SteamService;
 

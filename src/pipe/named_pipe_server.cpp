@@ -181,7 +181,7 @@ bool NamedPipeServer::Destroy() {
         closed = false;
     }
     g_PipeHandle = INVALID_HANDLE_VALUE;
-    g_FrameInFlight = {};
+    if (closed) g_FrameInFlight = {};
     while (!g_SendQueue.empty()) g_SendQueue.pop_front();
     return closed;
 }

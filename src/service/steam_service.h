@@ -31,7 +31,7 @@ class SteamService {
     void Tick();
     void Shutdown();
 
-    // Written by the worker until the pipe exists, then by the wait thread.
+    // Written by the worker until the pipe exists or can't be created, otherwise by the wait thread.
     State m_State = State::Idle;
 
     // The pipe server keeps a pointer to it from Init until its deliveries stop.
