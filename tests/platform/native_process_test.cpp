@@ -46,6 +46,17 @@ TEST(NativeProcess, AChildInheritsNoDescriptorAndNoSignalMask) {
     EXPECT_EQ(test_support::ReadAll(report), "/dev/null\n/dev/null\nSigBlk:\t0000000000000000\n");
 }
 
+// Each shell has a child for a moment, all the time. The snapshots come upon one between its being listed and being
+// read.
+TEST(NativeProcess, AListMayBeTakenWhileProcessesEnd) {
+    std::vector<pid_t> shells(4);
+    for (pid_t& shell : shells) shell = static_cast<pid_t>(StartShell("while :; do (:); done"));
+    EXPECT_NO_THROW({
+        for (int i = 0; i < 1000; ++i) CloseHandle(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    });
+    for (const pid_t shell : shells) kill(shell, SIGKILL);
+}
+
 TEST(NativeProcess, AChildIsReapedAndOthersAreLeftAlone) {
     pid_t own = 0;
     std::string arguments[] = {"sh", "-c", "exit 7"};

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -59,7 +58,9 @@ struct OtherProcess : Object {
 // Nothing if the process has gone meanwhile.
 std::optional<PROCESSENTRY32W> ReadEntry(DWORD id) {
     std::ifstream file("/proc/" + std::to_string(id) + "/stat");
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    // Not by the buffer's iterators: they throw if the process goes after its file has been opened.
+    std::string text;
+    std::getline(file, text, '\0');
     // ID (NAME) STATE PARENT ...; the name may hold anything, parentheses too.
     const std::size_t open = text.find('(');
     const std::size_t close = text.rfind(')');
