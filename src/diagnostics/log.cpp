@@ -86,9 +86,9 @@ std::size_t FormatLine(Line& line, const char* format, va_list arguments) {
     char* const start = PutPrefix(line);
     const std::size_t room = kLineLimit - kLineEnd - static_cast<std::size_t>(start - line);
     const int length = std::vsnprintf(start, room, format, arguments);
-    char* const end = start + (length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1));
-    // A "%c" may have put one in; the line is not to end there.
-    std::replace(start, end, '\0', ' ');
+    char* const limit = start + (length < 0 ? 0 : std::min(static_cast<std::size_t>(length), room - 1));
+    // A "%c" may have put a NUL in: the text ends there, not the line.
+    char* const end = std::find(start, limit, '\0');
     return static_cast<std::size_t>(std::copy_n("\r\n", kLineEnd + 1, end) - 1 - line);
 }
 

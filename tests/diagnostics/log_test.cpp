@@ -26,7 +26,8 @@ TEST(Log, LinesHoldTheirTextWhateverItIs) {
     Log("%s", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE");
     Log("%s", "");
     Log("a '%c' inside", 0);
-    EXPECT_THAT(log.Lines(), ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", "", "a ' ' inside"));
+    Log("behind it");
+    EXPECT_THAT(log.Lines(), ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", "", "a '", "behind it"));
 }
 
 TEST(Log, ALongTextIsCutAndKeepsItsLineEnd) {

@@ -117,8 +117,8 @@ TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
         bool kept;
         std::vector<std::string> lines;
     } const rows[] = {
-        {"", false, true, {"JSON Validation Error: line 1, character ' ' was not { or ["}},
-        {" \n", false, true, {"JSON Validation Error: line 2, character ' ' was not { or ["}},
+        {"", false, true, {"JSON Validation Error: line 1, character '"}},
+        {" \n", false, true, {"JSON Validation Error: line 2, character '"}},
         {"[]", false, true, {}},
         {"{}", false, true, {}},
         {R"({"other":1})", false, true, {}},
