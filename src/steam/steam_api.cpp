@@ -112,9 +112,8 @@ bool sysSteamApi::RequestInterfaces() {
     m_Client = m_FnSteamClient();
     if (m_Client == nullptr) return false;
     m_HSteamUser = m_FnGetHSteamUser();
-    if (m_HSteamUser == 0) return false;
     m_HSteamPipe = m_FnGetHSteamPipe();
-    if (m_HSteamPipe == 0) return false;
+    if (m_HSteamUser == 0 || m_HSteamPipe == 0) return false;
 
     m_User = m_Client->GetISteamUser(m_HSteamUser, m_HSteamPipe, kSteamUserVersion);
     m_Friends = m_Client->GetISteamFriends(m_HSteamUser, m_HSteamPipe, kSteamFriendsVersion);

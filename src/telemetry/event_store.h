@@ -12,7 +12,7 @@
 // logged; entries that can't be used are skipped.
 bool LoadEvents();
 
-// Merges, writes the whole queue and empties it. The source is published. False, without a line, if there is no path
-// for the file, if it can't be opened for writing, or if the text doesn't fit, in which case the old file stays and the
-// queue keeps the events that were not yet written.
+// Merges, writes the whole queue and empties it. The source is published. False, without a line of its own, if there is
+// no path for the file or it can't be opened for writing; false too if the text doesn't fit, which the writer logs, and
+// then the queue keeps the events that were not yet written and the file isn't touched again.
 bool SaveEvents();

@@ -15,7 +15,7 @@ Utf8Sequence ReadUtf8Sequence(const char* text, const char* end) {
     if (length > Utf8Offsets.size()) {
         return {kNoCodePoint, length};
     }
-    // A wrong lead byte wraps around to a value far above all code points.
+    // With an ASCII byte in front this wraps around to a value above all code points; other wrong leads may give any.
     return {sum - Utf8Offsets[length - 1], length};
 }
 
