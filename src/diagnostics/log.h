@@ -10,7 +10,8 @@
 
 #include "platform/windows_api.h"
 
-// Logs one line: local time, process and thread id, the text, CR LF. A text beyond about 2,000 bytes is cut.
+// Logs one line: local time, process and thread id, the text, CR LF. A text beyond about 2,000 bytes is cut; one with a
+// NUL, from a "%c", ends there.
 //
 // Wide text is given as "%s" with WideToUtf8(text).c_str(). A "%ls" would go through the C runtime's locale, which
 // drops the line at the first character beyond ASCII; the Linux build refuses to compile it.

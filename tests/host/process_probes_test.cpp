@@ -84,8 +84,8 @@ TEST(ProcessProbes, AParentsPathThatDoesNotFitIsNotUsed) {
     const fs::path shell = folder.Path() / std::string(200, 'a') / std::string(kPathCapacity - 200, 'b') / "sh";
     fs::create_directories(shell.parent_path());
     fs::copy_file("/bin/sh", shell);
-    const std::string command = "TOLLMERE_LONG_PARENT=1 " + shell.string() +
-                                " -c '\"$0\" --gtest_filter=*DoesNotFitIsNotUsed; exit $?' '" +
+    const std::string command = "TOLLMERE_LONG_PARENT=1 '" + shell.string() +
+                                "' -c '\"$0\" --gtest_filter=*DoesNotFitIsNotUsed; exit $?' '" +
                                 fs::read_symlink("/proc/self/exe").string() + "'";
     EXPECT_EQ(std::system(command.c_str()), 0);
 }

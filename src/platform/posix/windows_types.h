@@ -90,7 +90,6 @@ inline constexpr DWORD ERROR_INVALID_INDEX = 1413;
 inline constexpr UINT WM_DESTROY = 0x0002;
 inline constexpr UINT WM_CLOSE = 0x0010;
 inline constexpr UINT WM_QUIT = 0x0012;
-inline constexpr UINT WM_USER = 0x0400;
 inline constexpr int GWLP_USERDATA = -21;
 #define HWND_MESSAGE (reinterpret_cast<HWND>(static_cast<LONG_PTR>(-3)))
 

@@ -14,8 +14,8 @@ inline __m128i Load16(const char* text) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
 }
 
-inline void Copy16(const char* text, char* out) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), Load16(text));
+inline void Store16(__m128i bytes, char* out) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
 }
 
 // Which of sixteen bytes are `character`.
@@ -49,7 +49,7 @@ inline const char* SkipPlain(const char* text, const char* end) {
 inline const char* CopyPlain(const char* text, const char* end, char* out) {
     for (; end - text >= 16; text += 16, out += 16) {
         const __m128i bytes = Load16(text);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
+        Store16(bytes, out);
         if (const unsigned special = NotPlain(bytes); special != 0) return text + std::countr_zero(special);
     }
     while (text != end && HasClass(*text, ClassPlain)) *out++ = *text++;

@@ -39,7 +39,7 @@ const char* EscapeBlocks(const char* text, const char* end, char*& out) {
         unsigned special = NotPlain(Load16(block));
         for (; special != 0; special &= special - 1) {
             const char* const at = block + std::countr_zero(special);
-            Copy16(text, out);
+            Store16(Load16(text), out);
             out += at - text;
             text = at;
             const char letter = EscapeLetter(*at);
@@ -50,7 +50,7 @@ const char* EscapeBlocks(const char* text, const char* end, char*& out) {
             *out++ = letter;
             ++text;
         }
-        Copy16(text, out);
+        Store16(Load16(text), out);
         out += block + 16 - text;
         text = block + 16;
     }
