@@ -36,18 +36,28 @@ if(WIN32)
     # Static: no DLL of the compiler beside the program. No time stamp and no path of the machine: the same inputs give
     # the same bytes.
     add_link_options(-static -Wl,--no-insert-timestamp)
-    add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.")
+    add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." -ffile-prefix-map=/usr/= -fdebug-compilation-dir=.)
   endif()
 endif()
 
-# tollmere_split_symbols(TARGET): the program's debug symbols go to a file of their own beside it, which it names.
-function(tollmere_split_symbols target)
+# tollmere_keep_symbols(): what the calling folder compiles can stand in a PDB. The linker generates the code, because the
+# compiler would put its own command line, with paths of the machine, into each object file.
+macro(tollmere_keep_symbols)
   if(WIN32 AND NOT MSVC)
-    set(symbols "$<TARGET_FILE:${target}>.debug")
-    # By itself it would put in the time of day.
-    set(objcopy "${CMAKE_COMMAND}" -E env SOURCE_DATE_EPOCH=315532800 "${CMAKE_OBJCOPY}")
+    add_compile_options(-g -gcodeview -flto)
+  endif()
+endmacro()
+
+# tollmere_add_symbols(TARGET): a PDB beside the program, which names it without a folder. Both hold the same GUID, by which
+# debuggers and symbol servers find the PDB. What the system's libraries bring along of another form is stripped.
+function(tollmere_add_symbols target)
+  if(WIN32 AND NOT MSVC)
+    target_link_options(${target} PRIVATE
+      LINKER:--pdb= "LINKER:-Xlink=-pdbaltpath:$<TARGET_FILE_BASE_NAME:${target}>.pdb" LINKER:-Xlink=-pdbsourcepath:.)
+    # By itself strip would put in the time of day.
     add_custom_command(TARGET ${target} POST_BUILD
-      COMMAND ${objcopy} --only-keep-debug "$<TARGET_FILE:${target}>" "${symbols}"
-      COMMAND ${objcopy} --strip-all "--add-gnu-debuglink=${symbols}" "$<TARGET_FILE:${target}>")
+      COMMAND "${CMAKE_COMMAND}" -E env SOURCE_DATE_EPOCH=315532800 "${CMAKE_STRIP}" "$<TARGET_FILE:${target}>")
+    set_property(TARGET ${target} APPEND PROPERTY
+      ADDITIONAL_CLEAN_FILES "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/$<TARGET_FILE_BASE_NAME:${target}>.pdb")
   endif()
 endfunction()

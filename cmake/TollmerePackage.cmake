@@ -1,12 +1,12 @@
-# `cmake --build --preset windows --target package` makes two archives: what ships, and the debug symbols of it. With the
+# `cmake --build --preset windows --target package` makes two archives: what ships, and its debug symbols, as PDBs. With the
 # same inputs they are the same to the byte; SOURCE_DATE_EPOCH, in seconds since 1970, is the date of the files in them.
 
 install(TARGETS tollmere_steam_helper probe RUNTIME DESTINATION . COMPONENT program)
 install(FILES README.md packaging/NOTICES.txt DESTINATION . COMPONENT program)
 install(DIRECTORY docs DESTINATION . COMPONENT program)
 install(FILES
-  "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tollmere_steam_helper.exe.debug"
-  "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/probe.exe.debug"
+  "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tollmere_steam_helper.pdb"
+  "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/probe.pdb"
   DESTINATION . COMPONENT symbols)
 
 set(CPACK_GENERATOR ZIP)

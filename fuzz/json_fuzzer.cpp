@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "fuzz/input.h"
-#include "telemetry/json/json_string.h"
+#include "fuzz/other_parser.h"
+#include "platform/posix/text_conversion.h"
 #include "telemetry/json/json_token.h"
 #include "telemetry/json/json_validator.h"
-#include "tests/telemetry/json/other_parser.h"
 
 namespace {
 
@@ -30,19 +30,19 @@ void Walk(const JsonToken& parent, int depth, int& left) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // As large as the text, so that a look beyond it is noticed.
-    const auto text = std::make_unique<char[]>(size);
+    // As large as the text and its terminator, so that a look beyond it is noticed.
+    const auto text = std::make_unique<char[]>(size + 1);
     std::copy_n(data, size, text.get());
     ValidateDocument(text.get(), size);
     JsonToken token;
     int left = 300;
     if (ParseToken(token, text.get(), static_cast<std::uint32_t>(size))) Walk(token, 0, left);
 
-    // The other parser judges the encoding too, ours takes it for granted.
-    std::string plain(text.get(), size);
-    for (char& character : plain) character = static_cast<char>(character & 0x7F);
-    if (WeAccept(plain) && TheyAccept(plain)) Require(AreWalkedAlike(plain), "both see the same tokens");
-    RemoveDifferences(plain);
-    Require(WeAccept(plain) == TheyAccept(plain), "both judge alike, but for what is known");
+    // The other parser judges the encoding too; ours takes it for granted that the conversions have made it
+    // well-formed.
+    std::string utf8 = posix_layer::ToUtf8(posix_layer::ToWide({text.get(), size}));
+    if (WeAccept(utf8) && TheyAccept(utf8)) Require(AreWalkedAlike(utf8), "both see the same tokens");
+    RemoveDifferences(utf8);
+    Require(WeAccept(utf8) == TheyAccept(utf8), "both judge alike, but for what is known");
     return 0;
 }

@@ -35,3 +35,11 @@ build() {
     if (($# > 0)); then targets=(--target "$@"); fi
     (cd "$repository" && cmake --build --preset "$preset" -j "$processors" "${targets[@]}" -- --quiet)
 }
+
+# Holds for the (sub)shell that calls it and all that it starts.
+pin_to_one_processor() {
+    local allowed
+    allowed=$(taskset -cp "$BASHPID")
+    allowed=${allowed##*: }
+    taskset -cp "${allowed%%[-,]*}" "$BASHPID" >/dev/null
+}

@@ -8,16 +8,17 @@ native_packages=(
     libcli11-dev nlohmann-json3-dev # headers for the tools
 )
 windows_packages=(
-    binutils-mingw-w64-x86-64 g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev
+    clang-14 lld-14 llvm-14         # compiler and linker; reads the symbols
+    binutils-mingw-w64-x86-64       # resources
+    g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev # libraries and headers alone
     wine wine64
-    zip # the package
-    clang-14 # a DLL in the convention of Microsoft's compiler, for the tests
+    zip                             # the package
 )
 asan_packages=(clang-14 libclang-rt-14-dev)
 bench_packages=(
-    dpkg-dev                              # unpacks the peers that are compiled here
-    libboost-dev libfmt-dev libspdlog-dev rapidjson-dev
-    python3 python3-matplotlib            # the table and the picture
+    dpkg-dev                # unpacks the sources of libuv, for Windows
+    libboost-dev libuv1-dev # other servers
+    python3
 )
 format_packages=(clang-format-14)
 lint_packages=(clang-tidy-14)

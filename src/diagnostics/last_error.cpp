@@ -20,7 +20,7 @@ DWORD ReportLastError(const char* message) {
     } else {
         Log("Last error: %d (0x%x): (unknown error)", decimal, hexadecimal);
     }
-    // Neither a code without a text nor the log's own file work may become the next failure's code.
+    // FormatMessageA fails with a code of its own where there is no text.
     SetLastError(ERROR_SUCCESS);
     return code;
 }

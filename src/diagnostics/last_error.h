@@ -11,3 +11,18 @@
 //
 // Call it directly after the failed call: anything between the two may change the last error.
 DWORD ReportLastError(const char* message);
+
+// Puts the calling thread's last error back at its end, so that what happens in between goes unnoticed by the caller.
+class KeptLastError {
+  public:
+    KeptLastError() : m_Code(GetLastError()) {}
+    ~KeptLastError() { SetLastError(m_Code); }
+    KeptLastError(const KeptLastError&) = delete;
+    KeptLastError& operator=(const KeptLastError&) = delete;
+
+    // The caller finds 0.
+    void Clear() { m_Code = ERROR_SUCCESS; }
+
+  private:
+    DWORD m_Code;
+};

@@ -4,7 +4,8 @@
 // statement of the entry on. A line goes to the debugger at once and to the log file with the next flush, usually
 // within 10 s. Failures of the log are never reported; they cost the text that was waiting.
 //
-// A call may change the last error: read it before logging.
+// A call keeps the caller's last error, or sets it to 0 when it writes to the file (log_file.h says when). Who wants a
+// code reads it before.
 
 #include <atomic>
 
@@ -20,8 +21,13 @@ void Log(const char* format, ...) PRINTF_LIKE(1, 2);
 // Appends the waiting lines to the file now. With none waiting it does nothing.
 void FlushLog();
 
+// For a process that is about to end without memory: appends the waiting lines, and one that gives `reason`, to the
+// file of the last flush. Allocates nothing, and gives up if another thread keeps the log for long. Keeps the log's
+// lock: the process must end now.
+void LogInEmergency(const char* reason) noexcept;
+
 // The log's file name without a folder: text of static storage, set once by the entry before its first line. While it
-// is null, a flush drops the waiting lines.
+// is empty, a flush drops the waiting lines.
 extern const WCHAR* g_LogFileName;
 
 // Whether a flush may rotate the file. Set once by the worker, read under the log's lock by any thread.

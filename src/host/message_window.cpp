@@ -2,7 +2,7 @@
 
 static const WCHAR kWindowName[] = WIDE_TEXT("Tollmere Steam Helper");
 
-static LRESULT CALLBACK MessageWindowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+static LRESULT CALLBACK MessageWindowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     if (message == WM_DESTROY && GetWindowLongPtrW(hwnd, GWLP_USERDATA) != 0) PostQuitMessage(0);
     return DefWindowProcW(hwnd, message, wParam, lParam);
 }

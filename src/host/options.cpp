@@ -6,6 +6,7 @@
 #include <string>
 
 #include "diagnostics/log.h"
+#include "platform/owners.h"
 
 GlobalBool g_SteamTestTelemetry(WIDE_TEXT("-steamTestTelemetry"));
 GlobalInt g_SteamAppID(WIDE_TEXT("-steamAppID"));
@@ -30,7 +31,7 @@ void GlobalConfig::ParseArguments(int argc, const WCHAR* const* argv) {
 
         std::size_t start = found + m_Name.size();
         if (start < arg.size()) {
-            ++start;  // the one character behind the name, whichever it is
+            ++start;  // the one character behind the name: any character
         } else if (TakesValue() && i + 1 < argc && *argv[i + 1] != 0 && *argv[i + 1] != '-') {
             arg = argv[++i];
             start = 0;
@@ -62,9 +63,8 @@ void ProcessCommandLine(const std::vector<GlobalConfig*>& registry, const WCHAR*
     LowerCase(commandLine);
 
     int argc = 0;
-    LPWSTR* const argv = CommandLineToArgvW(commandLine.c_str(), &argc);
-    if (argv == nullptr) argc = 0;
+    const OwnedLocal<LPWSTR> argv(CommandLineToArgvW(commandLine.c_str(), &argc));
+    if (!argv) argc = 0;
     Log("Processing %d command line arguments", argc);
-    for (GlobalConfig* const option : registry) option->ParseArguments(argc, argv);
-    if (argv != nullptr) LocalFree(argv);
+    for (GlobalConfig* const option : registry) option->ParseArguments(argc, argv.Get());
 }

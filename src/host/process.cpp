@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "diagnostics/log.h"
+#include "host/last_resort.h"
 #include "host/message_window.h"
 #include "host/options.h"
 #include "host/process_probes.h"
@@ -35,9 +36,8 @@ bool RunService(HWND& window) {
     return true;
 }
 
-// All that may record events. They are saved at its end, when the worker has been joined and the window is gone.
-int RunPublished(HINSTANCE instance, const WCHAR* lpCmdLine) {
-    const TelemetryPublication telemetry;
+// From the options to the end of the window and the worker. The result is the exit code.
+int RunHelper(HINSTANCE instance, const WCHAR* lpCmdLine) {
     ProcessCommandLine(GlobalConfigRegistry(), lpCmdLine);
     Log("Admin State: %d", static_cast<int>(GetAdminState()));
 
@@ -59,14 +59,25 @@ int RunPublished(HINSTANCE instance, const WCHAR* lpCmdLine) {
     return exitCode;
 }
 
+// The events of the run are saved when the worker, which records most of them, has been joined.
+int RunAndSaveEvents(HINSTANCE instance, const WCHAR* lpCmdLine) {
+    TelemetryHooks hooks;
+    SteamHelperTelemetry source;
+    PublishTelemetry(hooks, source);
+    const int exitCode = RunHelper(instance, lpCmdLine);
+    SaveEventsAndWithdraw();
+    return exitCode;
+}
+
 }  // namespace
 
-int RunProcess(HINSTANCE instance, const WCHAR* lpCmdLine) {
+int RunProcess(HINSTANCE instance, const WCHAR* lpCmdLine) noexcept {
+    EndOnUncaughtException();
     g_LogFileName = WIDE_TEXT("tollmere_steam_helper.log");
     constexpr int kBannerLength = 33;
     Log("%s", std::string(kBannerLength, '\\').c_str());
 
-    const int exitCode = RunPublished(instance, lpCmdLine);
+    const int exitCode = RunAndSaveEvents(instance, lpCmdLine);
     FlushLog();
     return exitCode;
 }

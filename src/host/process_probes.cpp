@@ -5,20 +5,19 @@
 
 #include "diagnostics/last_error.h"
 #include "diagnostics/log.h"
+#include "platform/owners.h"
 
 namespace {
 
 bool IsAdministrator() {
     SID_IDENTIFIER_AUTHORITY authority = {SECURITY_NT_AUTHORITY};
-    PSID administrators = nullptr;
+    OwnedSid administrators;
     if (!AllocateAndInitializeSid(&authority, 2, SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS, 0, 0, 0, 0, 0, 0,
-                                  &administrators)) {
+                                  administrators.Receive())) {
         return false;
     }
     BOOL isMember = FALSE;
-    const bool answered = CheckTokenMembership(nullptr, administrators, &isMember) != FALSE;
-    FreeSid(administrators);
-    return answered && isMember;
+    return CheckTokenMembership(nullptr, administrators.Get(), &isMember) && isMember;
 }
 
 // False, with a line logged, if there is no list of processes to look in. The id is 0 if the list doesn't name a
@@ -29,23 +28,22 @@ bool FindParentProcessId(DWORD& parentId) {
         ReportLastError("Could not get ID from the current process");
         return false;
     }
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    if (snapshot == INVALID_HANDLE_VALUE) {
+    const OwnedFile snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    if (!snapshot) {
         ReportLastError("Could not get a valid snapshot of the process.");
         return false;
     }
     PROCESSENTRY32W entry = {};
     entry.dwSize = sizeof entry;
-    const bool readable = Process32FirstW(snapshot, &entry) != FALSE;
-    if (!readable) ReportLastError("Could not get the process information from the snapshot.");
-    parentId = 0;
-    bool more = readable;
-    while (more) {
-        if (entry.th32ProcessID == ownId) parentId = entry.th32ParentProcessID;
-        more = parentId == 0 && Process32NextW(snapshot, &entry);
+    if (!Process32FirstW(snapshot.Get(), &entry)) {
+        ReportLastError("Could not get the process information from the snapshot.");
+        return false;
     }
-    CloseHandle(snapshot);
-    return readable;
+    parentId = 0;
+    do {
+        if (entry.th32ProcessID == ownId) parentId = entry.th32ParentProcessID;
+    } while (parentId == 0 && Process32NextW(snapshot.Get(), &entry));
+    return true;
 }
 
 // The length of the path of the process's executable; 0, with nothing reported, if it can't be read. One that doesn't
@@ -70,30 +68,28 @@ AdminState GetAdminState() {
 }
 
 bool IsUacDisabled() {
-    HKEY key = nullptr;
+    OwnedRegistryKey key;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, WIDE_TEXT("SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System"),
-                      0, KEY_READ, &key) != ERROR_SUCCESS) {
+                      0, KEY_READ, key.Receive()) != ERROR_SUCCESS) {
         return false;
     }
     DWORD enabled = 1;
     DWORD size = sizeof enabled;
-    const bool read = RegQueryValueExW(key, WIDE_TEXT("EnableLUA"), nullptr, nullptr, reinterpret_cast<BYTE*>(&enabled),
-                                       &size) == ERROR_SUCCESS;
-    RegCloseKey(key);
+    const bool read = RegQueryValueExW(key.Get(), WIDE_TEXT("EnableLUA"), nullptr, nullptr,
+                                       reinterpret_cast<BYTE*>(&enabled), &size) == ERROR_SUCCESS;
     return read && enabled == 0;
 }
 
 bool GetParentProcessDirectory(char (&out)[kPathCapacity]) {
     DWORD parentId = 0;
     if (!FindParentProcessId(parentId)) return false;
-    const HANDLE process = OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, parentId);
-    if (process == nullptr) {
+    const OwnedHandle process(OpenProcess(SYNCHRONIZE | PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, parentId));
+    if (!process) {
         ReportLastError("Could not do OpenProcess on parent process.");
         return false;
     }
     WCHAR widePath[kPathCapacity + 1] = {};  // a path that was cut need not be terminated
-    const DWORD length = ReadExecutablePath(process, widePath);
-    CloseHandle(process);
+    const DWORD length = ReadExecutablePath(process.Get(), widePath);
     if (length == 0) return false;
 
     std::string path = WideToUtf8(widePath);

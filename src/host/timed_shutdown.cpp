@@ -1,67 +1,64 @@
 #include "host/timed_shutdown.h"
 
 #include "diagnostics/log.h"
-#include "platform/windows_api.h"
+#include "pipe/completion_lock.h"
+#include "platform/time_out.h"
 #include "service/steam_service.h"
 
 namespace {
 
 constexpr ULONG kTimeOutMilliseconds = 20'000;
 
-// All ones: none. No lock: the worker's uses and the wait thread's are ordered by the pipe's creation and by the stop
-// of its deliveries; the time-out itself doesn't touch them. A cancel on the wait thread can't meet a time-out that is
-// running out, either: we rely on the system to run all WT_EXECUTEINWAITTHREAD callbacks of the process on one thread.
-HANDLE g_ShutdownEvent = INVALID_HANDLE_VALUE;
-HANDLE g_ShutdownWait = INVALID_HANDLE_VALUE;
+OwnedEvent g_ShutdownEvent GUARDED_BY(g_CompletionLock);  // all ones: none
+OwnedWait g_ShutdownWait GUARDED_BY(g_CompletionLock);    // all ones: none
 
-void CALLBACK OnShutdownTimeout(void* parameter, BOOLEAN) {
-    if (parameter == nullptr) return;
+// The service that the time-out may touch; null when it is cancelled. A cancel doesn't wait for a time-out that has
+// begun, and the service may be gone when that one gets the lock.
+const SteamService* g_TimedService GUARDED_BY(g_CompletionLock) = nullptr;
+
+void CALLBACK OnShutdownTimeout(void* parameter, BOOLEAN) noexcept {
+    const LockGuard lock(g_CompletionLock);
+    if (parameter == nullptr || parameter != g_TimedService) return;
     Log("Connection timed out, terminating.");
     static_cast<SteamService*>(parameter)->m_ReadyToExit = true;
 }
 
-// `completion` as for UnregisterWaitEx: null doesn't wait for a running time-out, all ones does.
-void ReleaseHandles(HANDLE completion) {
-    if (g_ShutdownWait != INVALID_HANDLE_VALUE) {
-        UnregisterWaitEx(g_ShutdownWait, completion);
-        g_ShutdownWait = INVALID_HANDLE_VALUE;
-    }
-    if (g_ShutdownEvent != INVALID_HANDLE_VALUE) {
-        CloseHandle(g_ShutdownEvent);
-        g_ShutdownEvent = INVALID_HANDLE_VALUE;
-    }
+void Disarm() {
+    const LockGuard lock(g_CompletionLock);
+    g_TimedService = nullptr;
+    // Without waiting for a time-out that has begun: it may be waiting for the lock.
+    g_ShutdownWait.Reset();
+    g_ShutdownEvent.Reset();
 }
 
 }  // namespace
 
 void ScheduleTimedShutdown(SteamService* service) {
-    if (g_ShutdownEvent != INVALID_HANDLE_VALUE || g_ShutdownWait != INVALID_HANDLE_VALUE) {
+    const LockGuard lock(g_CompletionLock);
+    if (g_ShutdownEvent || g_ShutdownWait) {
         Log("Not scheduling a timed shutdown, as one appears to already be scheduled.");
         return;
     }
     Log("Scheduling a shutdown in %d ms.", static_cast<int>(kTimeOutMilliseconds));
 
-    // Nothing ever signals the event: it only gives the wait something to time out on.
-    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (event == nullptr) {
-        Log("Failed to create shutdown wait event.");
-        return;
-    }
-    g_ShutdownEvent = event;
-    if (!RegisterWaitForSingleObject(&g_ShutdownWait, event, OnShutdownTimeout, service, kTimeOutMilliseconds,
-                                     WT_EXECUTEINWAITTHREAD | WT_EXECUTEONLYONCE)) {
-        Log("Failed to schedule shutdown.");
-        g_ShutdownWait = INVALID_HANDLE_VALUE;
-        ReleaseHandles(nullptr);
+    switch (ArmTimeOut(g_ShutdownEvent, g_ShutdownWait, OnShutdownTimeout, service, kTimeOutMilliseconds)) {
+        case TimeOutStart::NoEvent:
+            Log("Failed to create shutdown wait event.");
+            break;
+        case TimeOutStart::NoWait:
+            Log("Failed to schedule shutdown.");
+            break;
+        case TimeOutStart::Armed:
+            g_TimedService = service;
+            break;
     }
 }
 
 void CancelTimedShutdown() {
     Log("Cancel shutdown.");
-    // On the wait thread a blocking call would wait for itself.
-    ReleaseHandles(nullptr);
+    Disarm();
 }
 
 void StopTimedShutdown() {
-    ReleaseHandles(INVALID_HANDLE_VALUE);
+    Disarm();
 }

@@ -3,19 +3,18 @@
 // The time-out that ends a process without a launcher: 20 s after the start or after the launcher has gone, unless one
 // connects. When it runs out it sets the service's m_ReadyToExit, and the worker does the rest.
 //
-// Schedule and Cancel run on the worker before the pipe exists or if it can't be created, and otherwise on the wait
-// thread, inside the pipe's completions. Failures log a line; nothing then takes the time-out's place until the next
-// Schedule.
+// Any thread may call these: the pipe's completion lock guards the time-out. Failures log a line; nothing then takes
+// the time-out's place until the next ScheduleTimedShutdown.
 
 class SteamService;
 
-// Starts the time-out for `service`, which must live until StopTimedShutdown. One that runs already, or has run out,
-// stays as it is.
+// Starts the time-out for `service`, which must live until the time-out is cancelled or stopped. One that runs already,
+// or has run out, stays as it is.
 void ScheduleTimedShutdown(SteamService* service);
 
-// Ends it; logs its line whether or not there is one. Doesn't wait for a time-out that is just running out.
+// Ends it; logs its line whether or not there is one. Afterwards the service may go: one that is just running out finds
+// that it belongs to none.
 void CancelTimedShutdown();
 
-// Ends it without a line and waits for a time-out that is just running out: afterwards the service isn't touched any
-// more. For the worker, when nothing can schedule another.
+// The same without a line.
 void StopTimedShutdown();

@@ -5,7 +5,7 @@
 // Fields are separated by ":". A field that begins with a double quote ends at the next double quote that no backslash
 // protects, and may so hold a ":"; behind the closing quote stands ":", a NUL or the end of the body. A separator at
 // the very end opens no empty last field. No operation looks at a byte beyond the body, and none needs a terminator
-// there. All of this runs on the wait thread, inside one HandleMessage.
+// there. All of this runs on a wait thread, inside one HandleMessage.
 
 #include <cstdint>
 #include <string>

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <deque>
-#include <mutex>
 #include <utility>
 
 #include "diagnostics/last_error.h"
 #include "diagnostics/log.h"
+#include "pipe/completion_lock.h"
 #include "pipe/overlapped_operation.h"
 #include "pipe/pipe_security.h"
 
@@ -16,56 +16,54 @@ constexpr DWORD kBufferSize = 65536;
 
 enum Operation { kConnect, kRead, kWrite, kOperationCount };
 
-// All of this is guarded by OverlappedOperation::CompletionLock.
-std::array<OverlappedOperation, kOperationCount> g_PipeOperations;
-HANDLE g_PipeHandle = INVALID_HANDLE_VALUE;
-std::string g_PipeName;
-PipeCallbacks* g_Callbacks = nullptr;
-bool g_Connected = false;
-unsigned char g_ReadBuffer[kBufferSize];
-std::deque<OutgoingFrame> g_SendQueue;
+std::array<OverlappedOperation, kOperationCount> g_PipeOperations GUARDED_BY(g_CompletionLock);
+OwnedFile g_PipeHandle GUARDED_BY(g_CompletionLock);  // all ones: none
+std::string g_PipeName GUARDED_BY(g_CompletionLock);
+PipeCallbacks* g_Callbacks GUARDED_BY(g_CompletionLock) = nullptr;
+bool g_Connected GUARDED_BY(g_CompletionLock) = false;
+unsigned char g_ReadBuffer[kBufferSize] GUARDED_BY(g_CompletionLock);
+std::deque<OutgoingFrame> g_SendQueue GUARDED_BY(g_CompletionLock);
 
 // The block of a pending write. Goes when the write has completed or the pipe's handle is closed.
-OutgoingFrame g_FrameInFlight;
+OutgoingFrame g_FrameInFlight GUARDED_BY(g_CompletionLock);
 
-void HandleDisconnect();
+void HandleDisconnect() REQUIRES(g_CompletionLock);
 
-void StartRead() {
+void StartRead() REQUIRES(g_CompletionLock) {
     OverlappedOperation& read = g_PipeOperations[kRead];
     DWORD count = 0;
-    if (ReadFile(g_PipeHandle, g_ReadBuffer, kBufferSize, &count, &read.m_Overlapped)) return;
-    if (GetLastError() == ERROR_IO_PENDING) {
-        SetLastError(ERROR_SUCCESS);
-        read.m_IoPending = true;
-        return;
-    }
+    const BOOL started = ReadFile(g_PipeHandle.Get(), g_ReadBuffer, kBufferSize, &count, &read.m_Overlapped);
+    if (read.NoteStart(started) != OverlappedOperation::Start::Failed) return;
     ReportLastError("Error reading from pipe.");
     HandleDisconnect();
 }
 
-void WriteFrame(OutgoingFrame frame) {
+void WriteFrame(OutgoingFrame frame) REQUIRES(g_CompletionLock) {
     if (!g_Connected) {
         Log("Can't write; not connected.");
         return;
     }
     OverlappedOperation& write = g_PipeOperations[kWrite];
     DWORD count = 0;
-    if (WriteFile(g_PipeHandle, frame.m_Data.get(), frame.m_Size, &count, &write.m_Overlapped)) return;
-    if (GetLastError() == ERROR_IO_PENDING) {
-        SetLastError(ERROR_SUCCESS);
-        write.m_IoPending = true;
-        g_FrameInFlight = std::move(frame);
-        return;
+    const BOOL started = WriteFile(g_PipeHandle.Get(), frame.m_Data.get(), frame.m_Size, &count, &write.m_Overlapped);
+    switch (write.NoteStart(started)) {
+        case OverlappedOperation::Start::Done:
+            break;
+        case OverlappedOperation::Start::Pending:
+            g_FrameInFlight = std::move(frame);
+            break;
+        case OverlappedOperation::Start::Failed:
+            ReportLastError("Error writing to pipe.");
+            HandleDisconnect();
+            break;
     }
-    ReportLastError("Error writing to pipe.");
-    HandleDisconnect();
 }
 
-void OnReadCompleted() {
-    OverlappedOperation& read = g_PipeOperations[kRead];
-    read.m_IoPending = false;
+void OnReadCompleted() REQUIRES(g_CompletionLock) {
     DWORD count = 0;
-    if (!GetOverlappedResult(g_PipeHandle, &read.m_Overlapped, &count, FALSE)) {
+    const auto result = g_PipeOperations[kRead].TakeResult(g_PipeHandle.Get(), count);
+    if (result == OverlappedOperation::Result::StillPending) return;
+    if (result == OverlappedOperation::Result::Failed) {
         ReportLastError("Failed to read from pipe.");
         HandleDisconnect();
         return;
@@ -76,17 +74,11 @@ void OnReadCompleted() {
     if (g_Connected) StartRead();
 }
 
-void OnWriteCompleted() {
-    OverlappedOperation& write = g_PipeOperations[kWrite];
+void OnWriteCompleted() REQUIRES(g_CompletionLock) {
     DWORD count = 0;
-    write.m_IoPending = false;
-    if (!GetOverlappedResult(g_PipeHandle, &write.m_Overlapped, &count, FALSE)) {
-        if (GetLastError() == ERROR_IO_INCOMPLETE) {
-            // The signal was that of an earlier write, which had completed at once; this one is still under way.
-            SetLastError(ERROR_SUCCESS);
-            write.m_IoPending = true;
-            return;
-        }
+    const auto result = g_PipeOperations[kWrite].TakeResult(g_PipeHandle.Get(), count);
+    if (result == OverlappedOperation::Result::StillPending) return;
+    if (result == OverlappedOperation::Result::Failed) {
         ReportLastError("Failed to write to pipe.");
         HandleDisconnect();
         return;
@@ -98,7 +90,7 @@ void OnWriteCompleted() {
     WriteFrame(std::move(next));
 }
 
-void OnConnectCompleted() {
+void OnConnectCompleted() REQUIRES(g_CompletionLock) {
     Log("Pipe connected.");
     g_PipeOperations[kConnect].Cleanup(true);
     g_PipeOperations[kRead].Initialize(OnReadCompleted, false);
@@ -106,18 +98,18 @@ void OnConnectCompleted() {
     g_Connected = true;
     if (g_Callbacks != nullptr) {
         g_Callbacks->OnConnected();
-        g_Callbacks->OnClientHandle(g_PipeHandle);
+        g_Callbacks->OnClientHandle(g_PipeHandle.Get());
     }
     StartRead();
 }
 
 // Ends the connection and listens for the next one.
-void HandleDisconnect() {
+void HandleDisconnect() REQUIRES(g_CompletionLock) {
     Log("Disconnected.");
     g_Connected = false;
     g_PipeOperations[kRead].Cleanup(true);
     g_PipeOperations[kWrite].Cleanup(true);
-    if (g_PipeHandle != INVALID_HANDLE_VALUE && !DisconnectNamedPipe(g_PipeHandle)) {
+    if (g_PipeHandle && !DisconnectNamedPipe(g_PipeHandle.Get())) {
         ReportLastError("Failed to disconnect pipe.");
     }
     NamedPipeServer::Destroy();
@@ -125,24 +117,31 @@ void HandleDisconnect() {
     if (g_Callbacks != nullptr) g_Callbacks->OnDisconnected();
 }
 
-struct Outcome {
+struct StartResult {
     bool succeeded;
     DWORD error;  // of the call that failed
 };
 
-Outcome Listen() {
+StartResult Listen() REQUIRES(g_CompletionLock) {
     Log("Connecting pipe...");
     OverlappedOperation& connect = g_PipeOperations[kConnect];
     connect.Initialize(OnConnectCompleted, true);
-    if (ConnectNamedPipe(g_PipeHandle, &connect.m_Overlapped)) {
-        Log("Connected pipe.");
-        return {true, ERROR_SUCCESS};
+    switch (connect.NoteStart(ConnectNamedPipe(g_PipeHandle.Get(), &connect.m_Overlapped))) {
+        case OverlappedOperation::Start::Done:
+            Log("Connected pipe.");
+            return {true, ERROR_SUCCESS};
+        case OverlappedOperation::Start::Pending:
+            Log("Waiting for pipe to connect...");
+            return {true, ERROR_SUCCESS};
+        case OverlappedOperation::Start::Failed:
+            break;
     }
-    if (GetLastError() == ERROR_IO_PENDING) {
+    // A client came, or came and went, since the pipe was created. The platform signals nothing then, so we do; of a
+    // client that has gone the first read tells. Without the signal the connection would stay mute: that is a failure.
+    if (GetLastError() == ERROR_PIPE_CONNECTED || GetLastError() == ERROR_NO_DATA) {
         SetLastError(ERROR_SUCCESS);
-        Log("Waiting for pipe to connect...");
-        connect.m_IoPending = true;
-        return {true, ERROR_SUCCESS};
+        Log("Connected pipe.");
+        if (SetEvent(connect.m_Overlapped.hEvent)) return {true, ERROR_SUCCESS};
     }
     const DWORD error = ReportLastError("Unable to connect pipe.");
     Log("Unable to connect pipe: %d (0x%x)", static_cast<int>(error), static_cast<unsigned>(error));
@@ -150,44 +149,43 @@ Outcome Listen() {
     return {false, error};
 }
 
-Outcome CreateAndListen() {
+StartResult CreateAndListen() REQUIRES(g_CompletionLock) {
     PipeSecurity security;
-    g_PipeHandle = CreateNamedPipeA(g_PipeName.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
-                                    PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_ACCEPT_REMOTE_CLIENTS, 1,
-                                    kBufferSize, kBufferSize, 0, security.Attributes());
-    if (g_PipeHandle == INVALID_HANDLE_VALUE) return {false, ReportLastError("Unable to create pipe.")};
+    g_PipeHandle.Reset(CreateNamedPipeA(g_PipeName.c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                        PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_ACCEPT_REMOTE_CLIENTS, 1,
+                                        kBufferSize, kBufferSize, 0, security.Attributes()));
+    if (!g_PipeHandle) return {false, ReportLastError("Unable to create pipe.")};
     return Listen();
 }
 
 }  // namespace
 
 bool NamedPipeServer::Create(const std::string& name, PipeCallbacks* callbacks) {
-    const std::lock_guard lock(OverlappedOperation::CompletionLock());
+    const LockGuard lock(g_CompletionLock);
     Log("Creating pipe [%s]", name.c_str());
     g_PipeName = name;
     g_Callbacks = callbacks;
-    const Outcome outcome = CreateAndListen();
-    if (!outcome.succeeded) SetLastError(outcome.error);
-    return outcome.succeeded;
+    const StartResult result = CreateAndListen();
+    if (!result.succeeded) SetLastError(result.error);
+    return result.succeeded;
 }
 
 bool NamedPipeServer::Destroy() {
-    const std::lock_guard lock(OverlappedOperation::CompletionLock());
+    const LockGuard lock(g_CompletionLock);
     Log("Destroying pipe...");
     for (OverlappedOperation& operation : g_PipeOperations) operation.Cleanup(false);
     bool closed = true;
-    if (g_PipeHandle != INVALID_HANDLE_VALUE && !CloseHandle(g_PipeHandle)) {
+    if (g_PipeHandle && !CloseHandle(g_PipeHandle.Release())) {
         ReportLastError("Unable to close pipe handle.");
         closed = false;
     }
-    g_PipeHandle = INVALID_HANDLE_VALUE;
     if (closed) g_FrameInFlight = {};
     while (!g_SendQueue.empty()) g_SendQueue.pop_front();
     return closed;
 }
 
 bool NamedPipeServer::Send(OutgoingFrame& frame) {
-    const std::lock_guard lock(OverlappedOperation::CompletionLock());
+    const LockGuard lock(g_CompletionLock);
     if (!g_Connected) {
         Log("Can't send message - not connected.");
         return false;
@@ -205,17 +203,17 @@ bool NamedPipeServer::Send(OutgoingFrame& frame) {
 }
 
 void NamedPipeServer::StopDeliveries() {
-    std::array<HANDLE, kOperationCount> waits;
+    std::array<OwnedWait, kOperationCount> waits;
     {
         // All three in one go: a completion in between could arm another.
-        const std::lock_guard lock(OverlappedOperation::CompletionLock());
+        const LockGuard lock(g_CompletionLock);
         for (std::size_t i = 0; i < kOperationCount; ++i) waits[i] = g_PipeOperations[i].Disarm();
         g_Callbacks = nullptr;
         g_Connected = false;
     }
     // Without the lock: the callback that this waits for may be waiting for it.
-    for (const HANDLE wait : waits) {
-        if (wait != INVALID_HANDLE_VALUE && !UnregisterWaitEx(wait, INVALID_HANDLE_VALUE)) {
+    for (OwnedWait& wait : waits) {
+        if (wait && !UnregisterWaitEx(wait.Release(), INVALID_HANDLE_VALUE)) {
             ReportLastError("Failed to unregister overlapped wait.");
         }
     }

@@ -1,16 +1,16 @@
 #pragma once
 
 // The process's one connection to the launcher: a duplex byte pipe with a single instance. It moves blocks of bytes and
-// knows nothing of what they hold. When the connection is lost the pipe is created anew at once, so that a returning
+// knows nothing of what they hold. When the connection is lost the pipe is recreated at once, so that a returning
 // launcher finds one listening; if that fails nothing tries again.
 //
-// One pipe per process. The owner's worker creates and destroys it; everything else happens on the wait thread. All
-// operations hold OverlappedOperation::CompletionLock. Failures are logged.
+// One pipe per process. The owner's worker creates and destroys it; everything else happens on a wait thread. All
+// operations hold g_CompletionLock. Failures are logged.
 
 #include <string>
 
+#include "pipe/frame.h"
 #include "pipe/pipe_callbacks.h"
-#include "pipe/subsystem_base.h"
 
 namespace NamedPipeServer {
 
@@ -26,7 +26,7 @@ bool Destroy();
 bool Send(OutgoingFrame& frame);
 
 // Waits for a completion that is running; when this returns, none of the callbacks is running or will ever be called
-// again, until the next Create; the client counts as gone. Not from the wait thread. Does nothing if there is no pipe.
+// again, until the next Create; the client counts as gone. Not from a wait thread. Does nothing if there is no pipe.
 void StopDeliveries();
 
 }  // namespace NamedPipeServer

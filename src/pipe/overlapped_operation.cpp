@@ -5,14 +5,10 @@
 #include "diagnostics/last_error.h"
 #include "diagnostics/log.h"
 
-std::recursive_mutex& OverlappedOperation::CompletionLock() {
-    // Never destroyed: the wait thread outlives the process's statics.
-    static std::recursive_mutex& lock = *new std::recursive_mutex;
-    return lock;
-}
+RecursiveLock g_CompletionLock;
 
-OverlappedOperation::OverlappedOperation() : m_WaitHandle(INVALID_HANDLE_VALUE) {
-    Reset();
+OverlappedOperation::OverlappedOperation() : m_Callback([] {}) {
+    m_Overlapped.hEvent = INVALID_HANDLE_VALUE;
 }
 
 OverlappedOperation::~OverlappedOperation() {
@@ -29,7 +25,7 @@ void OverlappedOperation::Reset() {
 }
 
 bool OverlappedOperation::Initialize(Callback callback, bool oneShot) {
-    const std::lock_guard lock(CompletionLock());
+    const LockGuard lock(g_CompletionLock);
     m_Callback = std::move(callback);
     m_OneShot = oneShot;
     if (m_IoPending || m_Overlapped.hEvent != INVALID_HANDLE_VALUE) {
@@ -49,26 +45,41 @@ bool OverlappedOperation::Initialize(Callback callback, bool oneShot) {
     m_Overlapped.hEvent = event;
 
     const ULONG flags = WT_EXECUTEINWAITTHREAD | (oneShot ? WT_EXECUTEONLYONCE : 0);
-    if (!RegisterWaitForSingleObject(&m_WaitHandle, event, OnEventSignaled, this, INFINITE, flags)) {
+    HANDLE wait = nullptr;
+    if (!RegisterWaitForSingleObject(&wait, event, OnEventSignaled, this, INFINITE, flags)) {
         ReportLastError("Failed to start waiting on overlapped event.");
-        m_WaitHandle = INVALID_HANDLE_VALUE;
         return false;
     }
+    m_WaitHandle.Reset(wait);
     return true;
 }
 
+OverlappedOperation::Start OverlappedOperation::NoteStart(BOOL started) {
+    if (started) return Start::Done;
+    if (GetLastError() != ERROR_IO_PENDING) return Start::Failed;
+    SetLastError(ERROR_SUCCESS);
+    m_IoPending = true;
+    return Start::Pending;
+}
+
+OverlappedOperation::Result OverlappedOperation::TakeResult(HANDLE file, DWORD& count) {
+    m_IoPending = false;
+    if (GetOverlappedResult(file, &m_Overlapped, &count, FALSE)) return Result::Completed;
+    if (GetLastError() != ERROR_IO_INCOMPLETE) return Result::Failed;
+    SetLastError(ERROR_SUCCESS);
+    m_IoPending = true;
+    return Result::StillPending;
+}
+
 void OverlappedOperation::Cleanup(bool ignorePending) {
-    const std::lock_guard lock(CompletionLock());
-    if (m_WaitHandle != INVALID_HANDLE_VALUE) {
-        // A null event: the call doesn't wait for a running callback, which may well be the caller.
-        if (!UnregisterWaitEx(m_WaitHandle, nullptr)) {
-            if (ignorePending && GetLastError() == ERROR_IO_PENDING) {
-                SetLastError(ERROR_SUCCESS);
-            } else {
-                ReportLastError("Failed to unregister overlapped wait.");
-            }
+    const LockGuard lock(g_CompletionLock);
+    // A null event: the call doesn't wait for a running callback, which may well be the caller.
+    if (m_WaitHandle && !UnregisterWaitEx(m_WaitHandle.Release(), nullptr)) {
+        if (ignorePending && GetLastError() == ERROR_IO_PENDING) {
+            SetLastError(ERROR_SUCCESS);
+        } else {
+            ReportLastError("Failed to unregister overlapped wait.");
         }
-        m_WaitHandle = INVALID_HANDLE_VALUE;
     }
     if (m_Overlapped.hEvent != INVALID_HANDLE_VALUE && !CloseHandle(m_Overlapped.hEvent)) {
         ReportLastError("Failed to close overlapped event handle.");
@@ -76,18 +87,18 @@ void OverlappedOperation::Cleanup(bool ignorePending) {
     Reset();
 }
 
-HANDLE OverlappedOperation::Disarm() {
-    const std::lock_guard lock(CompletionLock());
+OwnedWait OverlappedOperation::Disarm() {
+    const LockGuard lock(g_CompletionLock);
     m_Callback = [] {};
     m_OneShot = false;
-    return std::exchange(m_WaitHandle, INVALID_HANDLE_VALUE);
+    return std::move(m_WaitHandle);
 }
 
-void CALLBACK OverlappedOperation::OnEventSignaled(void* parameter, BOOLEAN) {
+void CALLBACK OverlappedOperation::OnEventSignaled(void* parameter, BOOLEAN) noexcept {
     auto* const operation = static_cast<OverlappedOperation*>(parameter);
-    const std::lock_guard lock(CompletionLock());
+    const LockGuard lock(g_CompletionLock);
     const unsigned arming = operation->m_Arming;
     operation->m_Callback();
-    // A callback that has armed its own object anew (a connection lost at once is listened for again) must keep it.
+    // A callback that has armed its own object again (after a connection that was lost at once) must keep it.
     if (operation->m_OneShot && operation->m_Arming == arming) operation->Cleanup(true);
 }

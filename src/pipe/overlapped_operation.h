@@ -1,18 +1,17 @@
 #pragma once
 
-// One asynchronous operation of the platform, bound to a function that runs on the wait thread when it completes.
+// One asynchronous operation of the platform, bound to a function that runs on a wait thread when it completes.
 //
-// The order of use: Initialize; pass &m_Overlapped to the call that starts the operation; if that answers
-// ERROR_IO_PENDING, set m_IoPending. A call that completes at once signals the event too, so the callback runs either
-// way. In the callback clear m_IoPending and ask GetOverlappedResult for the outcome. Cleanup ends the use; the object
-// can then be initialised again, any number of times.
+// The order of use: Initialize; pass &m_Overlapped to the call that starts the operation, and its result to NoteStart.
+// A call that completes at once signals the event too, so the callback runs either way. The callback asks TakeResult
+// for the outcome. Cleanup ends the use; the object can then be initialised again, any number of times.
 //
 // The object must not move, and must outlive the started operation. Failures are logged.
 
 #include <functional>
-#include <mutex>
 
-#include "platform/windows_api.h"
+#include "pipe/completion_lock.h"
+#include "platform/owners.h"
 
 class OverlappedOperation {
   public:
@@ -30,28 +29,36 @@ class OverlappedOperation {
     // `callback` may clean up its own object only if it uses no captured state afterwards.
     bool Initialize(Callback callback, bool oneShot);
 
+    // What the call that starts the operation has come to. Both of the good ones end in the callback.
+    enum class Start { Done, Pending, Failed };
+    // To be called directly behind that call, with its result. Done and Pending leave no last error.
+    Start NoteStart(BOOL started) REQUIRES(g_CompletionLock);
+
+    // What a signal is worth. StillPending: it was that of an earlier operation, which had completed at once or was cut
+    // off by its connection's end.
+    enum class Result { Completed, Failed, StillPending };
+    // In the callback: the outcome of the operation on `file`, and the number of bytes that it has moved. On Failed the
+    // last error says why.
+    Result TakeResult(HANDLE file, DWORD& count) REQUIRES(g_CompletionLock);
+
     // Disarms the object and returns it to idle; on an idle object it does nothing. Doesn't wait for a callback that is
-    // running. `ignorePending` says that the call may come from inside a callback on the wait thread, where the wait
+    // running. `ignorePending` says that the call may come from inside a callback on a wait thread, where the wait
     // reports that it is still in use; from anywhere else that is logged as a failure.
     void Cleanup(bool ignorePending);
 
-    // Makes sure that no callback of this object starts any more, and gives its wait, or all ones. Whoever takes the
-    // wait unregisters it, blocking, without holding CompletionLock: after that no callback is running either.
-    HANDLE Disarm();
-
-    // Held by the wait thread while a callback runs, and by every operation of this class. Whoever works on several
-    // objects at a time holds it around all of that. Recursive: callbacks arm and clean operations.
-    static std::recursive_mutex& CompletionLock();
+    // Makes sure that no callback of this object starts any more, and gives its wait. Whoever takes the wait
+    // unregisters it, blocking, without holding the lock: after that no callback is running either.
+    OwnedWait Disarm();
 
     OVERLAPPED m_Overlapped = {};  // hEvent all ones: no event
-    bool m_IoPending = false;      // guarded by CompletionLock, like everything below
+    bool m_IoPending GUARDED_BY(g_CompletionLock) = false;
 
   private:
-    static void CALLBACK OnEventSignaled(void* parameter, BOOLEAN timerOrWaitFired);
-    void Reset();
+    static void CALLBACK OnEventSignaled(void* parameter, BOOLEAN timerOrWaitFired) noexcept;
+    void Reset() REQUIRES(g_CompletionLock);
 
-    Callback m_Callback;  // never empty
-    HANDLE m_WaitHandle;  // all ones: no wait
-    bool m_OneShot = false;
-    unsigned m_Arming = 0;  // counts Initialize, to tell one use of the object from the next
+    Callback m_Callback GUARDED_BY(g_CompletionLock);     // never empty
+    OwnedWait m_WaitHandle GUARDED_BY(g_CompletionLock);  // all ones: no wait
+    bool m_OneShot GUARDED_BY(g_CompletionLock) = false;
+    unsigned m_Arming GUARDED_BY(g_CompletionLock) = 0;  // counts Initialize, to tell one use from the next
 };

@@ -10,10 +10,6 @@ PipeSecurity::PipeSecurity() {
     if (!Build()) m_Descriptor = {};
 }
 
-PipeSecurity::~PipeSecurity() {
-    if (m_Acl != nullptr) LocalFree(m_Acl);
-}
-
 bool PipeSecurity::Build() {
     alignas(DWORD) BYTE sid[SECURITY_MAX_SID_SIZE];
     DWORD sidSize = sizeof sid;
@@ -27,7 +23,7 @@ bool PipeSecurity::Build() {
     entry.grfAccessMode = GRANT_ACCESS;
     entry.grfInheritance = NO_INHERITANCE;
     BuildTrusteeWithSidW(&entry.Trustee, sid);
-    const DWORD aclError = SetEntriesInAclW(1, &entry, nullptr, &m_Acl);
+    const DWORD aclError = SetEntriesInAclW(1, &entry, nullptr, m_Acl.Receive());
     if (aclError != ERROR_SUCCESS) {
         // This call answers its code instead of leaving it as the last error.
         SetLastError(aclError);
@@ -39,7 +35,7 @@ bool PipeSecurity::Build() {
         ReportLastError("Failed to init SD.");
         return false;
     }
-    if (!SetSecurityDescriptorDacl(&m_Descriptor, TRUE, m_Acl, FALSE)) {
+    if (!SetSecurityDescriptorDacl(&m_Descriptor, TRUE, m_Acl.Get(), FALSE)) {
         ReportLastError("Failed to set SD DACL.");
         return false;
     }

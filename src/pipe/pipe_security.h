@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/windows_api.h"
+#include "platform/owners.h"
 
 // Who may open the pipe: authenticated users may read and write, nobody else is named.
 //
@@ -9,7 +9,6 @@
 class PipeSecurity {
   public:
     PipeSecurity();
-    ~PipeSecurity();
     PipeSecurity(const PipeSecurity&) = delete;
     PipeSecurity& operator=(const PipeSecurity&) = delete;
 
@@ -19,7 +18,7 @@ class PipeSecurity {
   private:
     bool Build();
 
-    PACL m_Acl = nullptr;
+    OwnedLocal<ACL> m_Acl;
     SECURITY_DESCRIPTOR m_Descriptor = {};
     SECURITY_ATTRIBUTES m_Attributes = {};
 };

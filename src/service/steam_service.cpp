@@ -26,7 +26,11 @@ static const char* StateName(SteamService::State state) {
 }
 
 SteamService::~SteamService() {
-    // In this order: a completion that is still running may schedule the time-out.
+    Quiesce();
+}
+
+// From here on neither a completion nor the time-out runs. In this order: a completion may schedule the time-out.
+void SteamService::Quiesce() {
     NamedPipeServer::StopDeliveries();
     StopTimedShutdown();
 }
@@ -58,7 +62,7 @@ bool SteamService::Init() {
 void SteamService::InstallPipeCallbacks() {
     m_PipeCallbacks.OnConnected = [this] { OnConnected(); };
     m_PipeCallbacks.OnClientHandle = [](void*) { return true; };
-    m_PipeCallbacks.OnData = [](unsigned char* data, unsigned int size) { RouteFrames(data, size); };
+    m_PipeCallbacks.OnData = RouteFrames;
     m_PipeCallbacks.OnDisconnected = [this] { OnDisconnected(); };
 }
 
@@ -73,8 +77,6 @@ bool SteamService::CreatePipe() {
 // The end of an Init that failed; always false.
 bool SteamService::Fail() {
     SetState(State::Invalid);
-    // Cancelling doesn't wait for a time-out that is just running out, and this object is about to go.
-    StopTimedShutdown();
     CancelTimedShutdown();
     RecordSteamStatus(m_SteamApi);
     return false;
@@ -88,8 +90,7 @@ void SteamService::Tick() {
 
 void SteamService::Shutdown() {
     Log("SteamService :: Shutdown");
-    // From here on no frame reaches a subsystem, and none is being handled.
-    NamedPipeServer::StopDeliveries();
+    Quiesce();
     for (auto& subsystem : g_Subsystems) {
         subsystem->Shutdown();
         subsystem.reset();

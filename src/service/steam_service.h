@@ -31,7 +31,7 @@ class SteamService {
     void Tick();
     void Shutdown();
 
-    // Written by the worker until the pipe exists or can't be created, otherwise by the wait thread.
+    // Written by the worker until the pipe exists or can't be created, otherwise inside the pipe's completions.
     State m_State = State::Idle;
 
     // The pipe server keeps a pointer to it from Init until its deliveries stop.
@@ -39,10 +39,11 @@ class SteamService {
 
     sysSteamApi m_SteamApi;
 
-    // Set by the wait thread when the time-out has run out, never cleared; the worker polls it.
+    // Set on a wait thread when the time-out has run out, never cleared; the worker polls it.
     std::atomic<bool> m_ReadyToExit = false;
 
   private:
+    void Quiesce();
     void InstallPipeCallbacks();
     bool CreatePipe();
     bool Fail();

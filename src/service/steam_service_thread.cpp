@@ -20,7 +20,7 @@ static void RunTicks(SteamService& service, const std::atomic<bool>& running) {
     }
 }
 
-void SteamServiceThread(std::atomic<bool>& running, HWND window) {
+void SteamServiceThread(std::atomic<bool>& running, HWND window) noexcept {
     {
         SteamService service;
         if (service.Init()) {

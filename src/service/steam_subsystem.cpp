@@ -15,7 +15,7 @@ bool BodyStartsWith(const ReceivedMessage& message, std::string_view name) {
            std::memcmp(message.m_Frame + message.m_BodyOffset, name.data(), name.size()) == 0;
 }
 
-void FormatField(std::string& text, std::uint64_t value) {
+void AppendField(std::string& text, std::uint64_t value) {
     char field[32];
     FormatText32(field, "%s%llu", ":", static_cast<unsigned long long>(value));
     text += field;
@@ -74,23 +74,23 @@ void SteamSubsystem::SendInfoResponse(std::uint64_t requestId) {
     // Of the texts, and more than the name and the numbers take.
     text.reserve(std::strlen(m_SteamApi->m_PersonaName) + std::strlen(m_SteamApi->m_TicketText) + 128);
     text += "info_response";
-    FormatField(text, requestId);
-    FormatField(text, m_SteamApi->m_SteamId);
+    AppendField(text, requestId);
+    AppendField(text, m_SteamApi->m_SteamId);
     AppendField(text, m_SteamApi->m_PersonaName);
-    FormatField(text, m_SteamApi->m_TicketLength);
+    AppendField(text, m_SteamApi->m_TicketLength);
     AppendField(text, m_SteamApi->m_TicketText);
     SendSubsystemMessage(text);
 }
 
 void SteamSubsystem::SendLaunchResponse(std::uint64_t requestId, std::uint64_t processId) {
     std::string text = "launch_response";
-    FormatField(text, requestId);
-    FormatField(text, processId);
+    AppendField(text, requestId);
+    AppendField(text, processId);
     SendSubsystemMessage(text);
 }
 
 void SteamSubsystem::SendFailure(std::uint64_t requestId) {
     std::string text = "failure";
-    FormatField(text, requestId);
+    AppendField(text, requestId);
     SendSubsystemMessage(text);
 }

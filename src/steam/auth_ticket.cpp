@@ -13,7 +13,8 @@ void sysSteamApi::RequestAuthTicket() {
     if (m_User == nullptr) return;
     std::memset(m_TicketText, 0, sizeof m_TicketText);
     Log("Requesting steam auth session ticket.");
-    unsigned char ticket[kTicketCapacity];
+    // Zeroed: a library that writes less than it says mustn't send our stack to the launcher.
+    unsigned char ticket[kTicketCapacity] = {};
     const HAuthTicket handle = m_User->GetAuthSessionTicket(ticket, kTicketCapacity, &m_TicketLength);
     if (handle == 0) {
         Log("Invalid Steam Ticket");

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "diagnostics/log.h"
+#include "platform/error_mode.h"
 #include "telemetry/steam_action_events.h"
 
 HMODULE sysSteamApi::ms_SteamDll = nullptr;
@@ -37,6 +38,8 @@ bool sysSteamApi::InitClass() {
 }
 
 bool sysSteamApi::StartSteam() {
+    // For our library and for those that its initialization loads.
+    const NoErrorDialogs scope;
     if (!LoadSteamDll() || !MapExports()) return false;
     if (!InitInCurrentDirectory() && !InitInGameDirectory()) {
         RecordSteamInitResult({"id", 2}, {"as", false});
@@ -53,13 +56,16 @@ bool sysSteamApi::StartSteam() {
 
 bool sysSteamApi::LoadSteamDll() {
     WCHAR executable[kPathCapacity + 1] = {};  // terminated even when a longer path is cut
-    GetModuleFileNameW(GetModuleHandleW(nullptr), executable, kPathCapacity);
+    const DWORD length = GetModuleFileNameW(GetModuleHandleW(nullptr), executable, kPathCapacity);
     WideString path = executable;
     const std::size_t separator = path.find_last_of(WIDE_TEXT("\\/"));
     if (separator != WideString::npos && separator > 0) path.resize(separator);
     path += WIDE_TEXT("\\steam_api64.dll");
 
-    ms_SteamDll = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    // A cut path is another path: what lies there isn't ours.
+    if (length > 0 && length < kPathCapacity) {
+        ms_SteamDll = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    }
     if (ms_SteamDll == nullptr) Log("Steam DLL could not be loaded from '%s'", WideToUtf8(path.c_str()).c_str());
     return ms_SteamDll != nullptr;
 }

@@ -4,7 +4,7 @@
 // what was read of the user.
 //
 // Worker only, with one exception: the identity (m_SteamId, m_PersonaName) and the ticket's text and length are written
-// by InitClass and never again, and the wait thread reads them once the pipe exists, which is later.
+// by InitClass and never again, and wait threads read them once the pipe exists, which is later.
 
 #include <cstdint>
 #include <string>

@@ -35,8 +35,9 @@ class sysSteamCallback final : private CCallbackBase {
     }
 
   private:
-    void RunWithCallResult(void* pvParam, bool, SteamAPICall_t) override { Run(pvParam); }
-    void Run(void* pvParam) override { (m_Target->*m_Handler)(pvParam); }
+    // The client must not meet our exceptions.
+    void RunWithCallResult(void* pvParam, bool, SteamAPICall_t) noexcept override { Run(pvParam); }
+    void Run(void* pvParam) noexcept override { (m_Target->*m_Handler)(pvParam); }
     int GetCallbackSizeBytes() override { return static_cast<int>(sizeof(P)); }
 
     sysSteamApi* m_Owner;

@@ -2,14 +2,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
+#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "diagnostics/text.h"
 #include "telemetry/event_store_path.h"
-#include "telemetry/json/json_string.h"
 #include "telemetry/json/json_tables.h"
 #include "telemetry/json/json_token.h"
 #include "telemetry/json/json_validator.h"
@@ -20,6 +18,14 @@
 namespace {
 
 constexpr std::uint32_t kSaveCapacity = 0x100000;
+
+// The wide form is gone when this returns: a large file is not held twice for long.
+bool ReadUtf8(const WideString& path, std::string& text) {
+    WideString wideText;
+    if (!ReadTextFile(path, wideText)) return false;
+    text = WideToUtf8(wideText.c_str());
+    return true;
+}
 
 // Decodes the value into `field`. False if it doesn't fit.
 template <std::size_t capacity>
@@ -52,24 +58,43 @@ bool ReadEntry(const JsonToken& entry, TelemetryEvent& event) {
            ReadText(name, event.name) && ReadText(data, event.data) && ReadTime(time, event.time);
 }
 
-std::vector<TelemetryEvent> ReadEntries(const JsonToken& metrics) {
-    std::vector<TelemetryEvent> entries;
+// The last `most` entries that can be used. A file may hold any number of them, and a record is far larger than a short
+// entry.
+std::deque<TelemetryEvent> ReadLastEntries(const JsonToken& metrics, std::size_t most) {
+    std::deque<TelemetryEvent> entries;
     JsonToken entry;
     for (bool more = FirstChild(metrics, entry); more; more = NextToken(entry, entry)) {
         TelemetryEvent event;
-        if (ReadEntry(entry, event)) entries.push_back(event);
+        if (!ReadEntry(entry, event)) continue;
+        entries.push_back(event);
+        if (entries.size() > most) entries.pop_front();
     }
     return entries;
 }
 
 // Appends what there is room for; the entries nearest the end of the file stay.
-void Merge(const std::vector<TelemetryEvent>& entries) {
+void Merge(const JsonToken& metrics) REQUIRES(g_TelemetryLock) {
     const auto queued = static_cast<std::int32_t>(g_TelemetrySource->m_Events.size());
     const auto room = static_cast<std::size_t>(std::max(g_TelemetrySource->GetMaxEvents() - queued, 0));
-    const std::size_t dropped = entries.size() > room ? entries.size() - room : 0;
-    for (std::size_t i = dropped; i < entries.size(); ++i) {
-        QueueEvent(entries[i].name, entries[i].data, entries[i].time);
+    for (const TelemetryEvent& entry : ReadLastEntries(metrics, room)) QueueEvent(entry.name, entry.data, entry.time);
+}
+
+bool Load() REQUIRES(g_TelemetryLock) {
+    if (g_TelemetrySource == nullptr) return false;
+    WideString path;
+    std::string text;
+    if (!GetEventStorePath(path) || !IsFile(path) || !ReadUtf8(path, text)) return false;
+
+    if (!ValidateDocument(text.data(), text.size())) {
+        if (IsFile(path)) DeleteFileW(path.c_str());
+        return false;
     }
+    JsonToken document;
+    JsonToken metrics;
+    if (!ParseToken(document, text.data(), static_cast<std::uint32_t>(text.size()))) return false;
+    if (!FindMember(document, "metrics", metrics)) return false;
+    Merge(metrics);
+    return true;
 }
 
 // A control character without a letter of its own would make the file one that the next load refuses.
@@ -88,33 +113,7 @@ bool WriteEvent(JsonWriter& writer, TelemetryEvent event) {
            writer.WriteUInt64("time", event.time) && writer.End();
 }
 
-}  // namespace
-
-bool LoadEvents() {
-    const std::lock_guard lock(g_TelemetryLock);
-    if (g_TelemetrySource == nullptr) return false;
-    WideString path;
-    WideString wideText;
-    if (!GetEventStorePath(path) || !IsFile(path) || !ReadTextFile(path, wideText)) return false;
-
-    const std::string text = WideToUtf8(wideText.c_str());
-    if (!ValidateDocument(text.data(), text.size())) {
-        if (IsFile(path)) DeleteFileW(path.c_str());
-        return false;
-    }
-    JsonToken document;
-    JsonToken metrics;
-    // A token counts in 31 bits; no store of ours comes near that.
-    if (text.size() > std::size_t{std::numeric_limits<std::int32_t>::max()}) return false;
-    if (!ParseToken(document, text.data(), static_cast<std::uint32_t>(text.size()))) return false;
-    if (!FindMember(document, "metrics", metrics)) return false;
-    Merge(ReadEntries(metrics));
-    return true;
-}
-
-bool SaveEvents() {
-    const std::lock_guard lock(g_TelemetryLock);
-    LoadEvents();
+bool Save() REQUIRES(g_TelemetryLock) {
     WideString path;
     if (!GetEventStorePath(path)) return false;
 
@@ -130,4 +129,28 @@ bool SaveEvents() {
     }
     if (!writer.End() || !writer.End()) return false;
     return WriteTextFile(path, Utf8ToWide(buffer.get()));
+}
+
+}  // namespace
+
+// Whatever a file may hold, the process ends as it would without one: a lack of memory counts as a failure.
+
+bool LoadEvents() noexcept {
+    const LockGuard lock(g_TelemetryLock);
+    try {
+        return Load();
+    } catch (...) {
+        return false;
+    }
+}
+
+bool SaveEvents() noexcept {
+    const LockGuard lock(g_TelemetryLock);
+    try {
+        // Without memory for the file's events it isn't replaced: they would be lost.
+        Load();
+        return Save();
+    } catch (...) {
+        return false;
+    }
 }

@@ -1,6 +1,6 @@
 #include "telemetry/event_store_path.h"
 
-#include "telemetry/telemetry.h"
+#include "platform/owners.h"
 
 static void MakeFolder(const WideString& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
@@ -11,17 +11,14 @@ static void MakeFolder(const WideString& path) {
 
 static bool GetStoreFolder(const KNOWNFOLDERID& knownFolder, WideString& path) {
     path.clear();
-    LPWSTR folder = nullptr;
-    const bool found = SHGetKnownFolderPath(knownFolder, 0, nullptr, &folder) >= S_OK;
-    if (found) {
-        path = folder;
-        for (const WCHAR* const name : {WIDE_TEXT("\\Tollmere Games"), WIDE_TEXT("\\Launcher")}) {
-            path += name;
-            MakeFolder(path);
-        }
+    OwnedTaskText folder;
+    if (SHGetKnownFolderPath(knownFolder, 0, nullptr, folder.Receive()) < S_OK) return false;
+    path = folder.Get();
+    for (const WCHAR* const name : {WIDE_TEXT("\\Tollmere Games"), WIDE_TEXT("\\Launcher")}) {
+        path += name;
+        MakeFolder(path);
     }
-    CoTaskMemFree(folder);
-    return found;
+    return true;
 }
 
 bool GetUserStoreFolder(WideString& path) {

@@ -3,10 +3,11 @@
 // Where the store file is. Nothing is logged.
 
 #include "diagnostics/text.h"
+#include "telemetry/telemetry.h"
 
 // The full path of the store file; its folders are made if they are missing. False, with `path` empty, if telemetry
-// isn't published or the platform knows no such folder. The caller holds g_TelemetryLock.
-bool GetEventStorePath(WideString& path);
+// isn't published or the platform knows no such folder.
+bool GetEventStorePath(WideString& path) REQUIRES(g_TelemetryLock);
 
 // The folder below that of the user, and below that of all users. On false `path` is empty.
 bool GetUserStoreFolder(WideString& path);

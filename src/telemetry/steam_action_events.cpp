@@ -27,7 +27,7 @@ std::uint64_t PresentFileTime() {
 
 template <class... Pairs>
 bool Record(const Pairs&... pairs) {
-    const std::lock_guard lock(g_TelemetryLock);
+    const LockGuard lock(g_TelemetryLock);
     if (g_TelemetrySource == nullptr) return false;
     // No object is begun: the text is the members alone.
     char text[16384] = {};

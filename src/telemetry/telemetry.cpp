@@ -6,7 +6,7 @@
 
 ExternalTelemetrySource* g_TelemetrySource = nullptr;
 TelemetryHooks* g_TelemetryHooks = nullptr;
-std::recursive_mutex& g_TelemetryLock = *new std::recursive_mutex;
+RecursiveLock g_TelemetryLock;
 
 static char ToLower(char character) {
     return character >= 'A' && character <= 'Z' ? static_cast<char>(character + ('a' - 'A')) : character;

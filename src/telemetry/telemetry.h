@@ -5,8 +5,12 @@
 
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <vector>
+
+#include "platform/lock.h"
+
+// Recursive: the last save takes it three levels deep.
+extern RecursiveLock g_TelemetryLock;
 
 // Holds no pointers: a plain copy moves it.
 struct TelemetryEvent {
@@ -23,7 +27,7 @@ class ExternalTelemetrySource {
     virtual bool AcceptsEvent(const char* name) = 0;
     virtual ~ExternalTelemetrySource() = default;
 
-    std::vector<TelemetryEvent> m_Events;  // oldest first
+    std::vector<TelemetryEvent> m_Events GUARDED_BY(g_TelemetryLock);  // oldest first
 };
 
 // The one source of this process: at most ten "STEAM_ACTION" events.
@@ -39,13 +43,10 @@ struct TelemetryHooks {
     std::function<bool()> m_Save;
 };
 
-// Null before they are published and after they are withdrawn. Guarded by g_TelemetryLock, and so is the queue.
-extern ExternalTelemetrySource* g_TelemetrySource;
-extern TelemetryHooks* g_TelemetryHooks;
-
-// Recursive: the last save takes it three levels deep.
-extern std::recursive_mutex& g_TelemetryLock;
+// Null before they are published and after they are withdrawn.
+extern ExternalTelemetrySource* g_TelemetrySource GUARDED_BY(g_TelemetryLock);
+extern TelemetryHooks* g_TelemetryHooks GUARDED_BY(g_TelemetryLock);
 
 // Appends an event; always true. A full queue loses its oldest one. A text that doesn't fit its field is cut at a whole
-// UTF-8 character. The caller holds g_TelemetryLock and has seen that g_TelemetrySource isn't null.
-bool QueueEvent(const char* name, const char* data, std::uint64_t time);
+// UTF-8 character. The caller has seen that g_TelemetrySource isn't null.
+bool QueueEvent(const char* name, const char* data, std::uint64_t time) REQUIRES(g_TelemetryLock);

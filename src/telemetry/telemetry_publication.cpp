@@ -2,21 +2,24 @@
 
 #include "telemetry/event_store.h"
 
-TelemetryPublication::TelemetryPublication() {
-    const std::lock_guard lock(g_TelemetryLock);
-    g_TelemetryHooks = &m_Hooks;
-    g_TelemetrySource = &m_Source;
-    m_Hooks.m_Load = LoadEvents;
-    m_Hooks.m_Save = SaveEvents;
+void PublishTelemetry(TelemetryHooks& hooks, ExternalTelemetrySource& source) {
+    const LockGuard lock(g_TelemetryLock);
+    g_TelemetryHooks = &hooks;
+    g_TelemetrySource = &source;
+    hooks.m_Load = LoadEvents;
+    hooks.m_Save = SaveEvents;
 }
 
-TelemetryPublication::~TelemetryPublication() {
-    const std::lock_guard lock(g_TelemetryLock);
-    if (!m_Source.m_Events.empty()) {
-        SaveEvents();
-        // Whatever became of the save.
-        m_Source.m_Events.clear();
-    }
+static void SaveQueuedEvents() {
+    const LockGuard lock(g_TelemetryLock);
+    if (g_TelemetrySource == nullptr || g_TelemetrySource->m_Events.empty()) return;
+    SaveEvents();
+    g_TelemetrySource->m_Events.clear();
+}
+
+void SaveEventsAndWithdraw() {
+    const LockGuard lock(g_TelemetryLock);
+    SaveQueuedEvents();
     g_TelemetryHooks = nullptr;
     g_TelemetrySource = nullptr;
 }

@@ -2,17 +2,9 @@
 
 #include "telemetry/telemetry.h"
 
-// Publishes the process's telemetry for as long as it lives; then saves what is queued, if anything is, and withdraws
-// it. Main thread; no other may record events any more when it is destroyed.
-class TelemetryPublication {
-  public:
-    TelemetryPublication();
-    ~TelemetryPublication();
-    TelemetryPublication(const TelemetryPublication&) = delete;
-    TelemetryPublication& operator=(const TelemetryPublication&) = delete;
+// Makes the two reachable for everything. Both stay alive until they are withdrawn. Main thread.
+void PublishTelemetry(TelemetryHooks& hooks, ExternalTelemetrySource& source);
 
-  private:
-    // The source goes first.
-    TelemetryHooks m_Hooks;
-    SteamHelperTelemetry m_Source;
-};
+// Saves what is queued, if anything is, empties the queue whatever became of the save, and withdraws what is published.
+// Main thread; no other may record events any more.
+void SaveEventsAndWithdraw();

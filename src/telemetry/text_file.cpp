@@ -2,21 +2,25 @@
 
 #include <string>
 
+#include "platform/owners.h"
+
+static OwnedFile Open(const WideString& path, DWORD access, DWORD disposition) {
+    return OwnedFile(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
 bool ReadTextFile(const WideString& path, WideString& text) {
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
+    const OwnedFile file = Open(path, GENERIC_READ, OPEN_EXISTING);
+    if (!file) return false;
     WideString read;
     unsigned char block[4096];
     DWORD count = 0;
-    bool succeeded = true;
     do {
-        succeeded = ReadFile(file, block, sizeof block, &count, nullptr) != FALSE;
-        if (succeeded) read.append(block, block + count);
-    } while (succeeded && count != 0);
-    CloseHandle(file);
-    if (succeeded) text = std::move(read);
-    return succeeded;
+        if (!ReadFile(file.Get(), block, sizeof block, &count, nullptr)) return false;
+        read.append(block, block + count);
+    } while (count != 0);
+    text = std::move(read);
+    return true;
 }
 
 bool WriteTextFile(const WideString& path, const WideString& text) {
@@ -26,11 +30,9 @@ bool WriteTextFile(const WideString& path, const WideString& text) {
         const bool isSecondOfPair = (unit & 0xFC00) == 0xDC00;
         if (!isSecondOfPair) bytes += unit <= 0xFF ? static_cast<char>(unit) : '?';
     }
-    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
+    const OwnedFile file = Open(path, GENERIC_WRITE, CREATE_ALWAYS);
+    if (!file) return false;
     DWORD written = 0;
-    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    CloseHandle(file);
+    WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     return true;
 }

@@ -8,5 +8,6 @@
 // False, with `text` untouched, if the file can't be opened or read.
 bool ReadTextFile(const WideString& path, WideString& text);
 
-// Replaces the file, or makes it. False only if it can't be opened; the old file then stays as it was.
+// Replaces the file, or makes it. False only if it can't be opened; the old file then stays as it was, and so it does
+// if there is no memory for the bytes, which throws.
 bool WriteTextFile(const WideString& path, const WideString& text);

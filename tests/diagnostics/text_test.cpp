@@ -4,18 +4,6 @@
 
 namespace {
 
-TEST(Text, ConversionsKeepEveryCharacterAndReplaceWhatIsNone) {
-    // Latin, Cyrillic, CJK, and one outside the Basic Multilingual Plane.
-    const std::string text = "Z\xC3\xBCrich \xD0\x96 \xE6\xB0\xB4 \xF0\x9F\x8E\xAE";
-    EXPECT_EQ(WideToUtf8(Utf8ToWide(text.c_str()).c_str()), text);
-    EXPECT_EQ(Utf8ToWide(text.c_str()).size(), 13u);
-    EXPECT_EQ(WideToUtf8(Utf8ToWide("").c_str()), "");
-
-    EXPECT_EQ(WideToUtf8(Utf8ToWide("a\xFFz").c_str()), "a\xEF\xBF\xBDz");
-    const WCHAR lone[] = {'a', 0xD800, 'z', 0};
-    EXPECT_EQ(WideToUtf8(lone), "a\xEF\xBF\xBDz");
-}
-
 TEST(Text, FormattingIsBoundedAndTellsWhatDoesNotFit) {
     char buffer[4];
     EXPECT_EQ(FormatText(buffer, sizeof buffer, "%d", 123), 3);

@@ -6,9 +6,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <vector>
 
-#include "tests/support/child_process.h"
+#include "support/child_process.h"
 
 namespace e2e {
 
@@ -18,8 +17,8 @@ std::filesystem::path BinFolder();
 // The file name of a program of the build.
 std::string ProgramFile(const std::string& name);
 
-// The builds of the stand-in for the Steam client that work.
-std::vector<std::filesystem::path> WorkingStandIns();
+// Whether the helper's surroundings can make a call of the system fail.
+extern const bool kFaultsWork;
 
 // What a process holds.
 struct Footprint {
@@ -28,21 +27,21 @@ struct Footprint {
 };
 Footprint FootprintOf(std::uint32_t processId);
 
-// Of a process that somebody else started for us.
-bool IsProcessRunning(std::uint32_t processId);
-void EndProcess(std::uint32_t processId);
+// Ends a process that somebody else started for us. False if it doesn't run.
+bool EndProcess(std::uint32_t processId);
 
 // The surroundings of one run of the helper: its pipe, its log, its clock.
 class Machine {
   public:
-    // `folder` is empty and belongs to the test. This process's own clients find the pipe from now on.
+    // `folder` is empty and belongs to the test. This process's own clients find the pipe and the files from now
+    // on.
     explicit Machine(const std::filesystem::path& folder);
     ~Machine();
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
     // What the helper has to be started with.
-    const test_support::Environment& Variables() const { return m_Variables; }
+    const support::Environment& Variables() const { return m_Variables; }
 
     const std::filesystem::path& LogFile() const { return m_LogFile; }
     // The event store. It isn't there at first.
@@ -54,10 +53,10 @@ class Machine {
     void TakeBackTime();
 
   private:
-    test_support::Environment m_Variables;
+    support::Environment m_Variables;
     std::filesystem::path m_LogFile;
     std::filesystem::path m_EventFile;
-    int m_Clock = -1;
+    [[maybe_unused]] int m_Clock = -1;  // the pipe to the moved clock, where there is one
 };
 
 }  // namespace e2e

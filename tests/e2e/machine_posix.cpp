@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -23,9 +22,7 @@ std::string ProgramFile(const std::string& name) {
     return name;
 }
 
-std::vector<fs::path> WorkingStandIns() {
-    return {BinFolder() / "steam_api64.dll"};
-}
+const bool kFaultsWork = true;
 
 Footprint FootprintOf(std::uint32_t processId) {
     const fs::path process = "/proc/" + std::to_string(processId);
@@ -40,12 +37,8 @@ Footprint FootprintOf(std::uint32_t processId) {
     return footprint;
 }
 
-bool IsProcessRunning(std::uint32_t processId) {
-    return kill(static_cast<pid_t>(processId), 0) == 0;
-}
-
-void EndProcess(std::uint32_t processId) {
-    kill(static_cast<pid_t>(processId), SIGKILL);
+bool EndProcess(std::uint32_t processId) {
+    return kill(static_cast<pid_t>(processId), SIGKILL) == 0;
 }
 
 Machine::Machine(const fs::path& folder) {
@@ -65,7 +58,9 @@ Machine::Machine(const fs::path& folder) {
     m_Variables["TOLLMERE_PROGRAM_DATA"] = programData.string();
     m_Variables["TOLLMERE_LOCAL_APP_DATA"] = (folder / "local").string();
     m_Variables["TOLLMERE_TEST_CLOCK"] = clock.string();
-    setenv("TOLLMERE_PIPE_DIR", pipes.c_str(), 1);
+    for (const char* const name : {"TOLLMERE_PIPE_DIR", "TOLLMERE_PROGRAM_DATA", "TOLLMERE_LOCAL_APP_DATA"}) {
+        setenv(name, m_Variables[name]->c_str(), 1);
+    }
 }
 
 Machine::~Machine() {

@@ -1,5 +1,5 @@
+#include "support/limits.h"
 #include "tests/e2e/helper_fixture.h"
-#include "tests/support/limits.h"
 
 namespace e2e {
 
@@ -7,12 +7,12 @@ namespace {
 
 class MovedClock : public HelperFixture {
   protected:
-    // Moves the clock, and waits until the helper has noticed: it then writes to its log what has collected.
-    void LetPassAndBeNoticed(std::chrono::milliseconds time) {
-        const auto size = std::filesystem::file_size(Surroundings().LogFile());
-        Surroundings().LetPass(time);
-        EXPECT_TRUE(
-            test_support::WaitUntil([&] { return std::filesystem::file_size(Surroundings().LogFile()) > size; }));
+    // Moves the clock until the helper has noticed: it then writes to its log what has collected.
+    void LetPassUntilLogged(std::chrono::milliseconds time, const std::string& text) {
+        EXPECT_TRUE(support::WaitUntil([&] {
+            Surroundings().LetPass(time);
+            return support::ReadAll(LogFile()).find(text) != std::string::npos;
+        }));
     }
 };
 
@@ -20,7 +20,7 @@ TEST_F(MovedClock, ALauncherHoldsTheHelperUp) {
     StartService();
     Connect();
     ExpectService(1);
-    LetPassAndBeNoticed(std::chrono::minutes{10});
+    LetPassUntilLogged(std::chrono::minutes{10}, "Cancel shutdown.");
     ExpectService(2);
     Leave();
     ExpectEndByTimeout();
@@ -31,16 +31,12 @@ TEST_F(MovedClock, ALauncherHoldsTheHelperUp) {
 }
 
 TEST_F(MovedClock, ATicketThatIsNotConfirmedIsStillGiven) {
+    const std::string givenUp = "Timed out waiting for Steam Ticket authentication.";
     variables["STEAM_STAND_IN_CALLBACKS"] = kSecondPump;
     StartService();
     Connect();
     ExpectService(1);
-    const std::string givenUp = "Timed out waiting for Steam Ticket authentication.";
-    // The line reaches the file when the clock moves on.
-    EXPECT_TRUE(test_support::WaitUntil([&] {
-        Surroundings().LetPass(std::chrono::milliseconds{10'001});
-        return test_support::ReadAll(Surroundings().LogFile()).find(givenUp) != std::string::npos;
-    }));
+    LetPassUntilLogged(std::chrono::milliseconds{10'001}, givenUp);
     ExpectService(2);
     CloseFromOutside();
     EXPECT_EQ(CountInLog(givenUp), 1);

@@ -13,14 +13,14 @@ TEST_F(HelperFixture, ServesANodeClient) {
     const char* const node = std::getenv("TOLLMERE_NODE");
     ASSERT_NE(node, nullptr);
     const std::filesystem::path report = Home() / "report.txt";
-    const std::string game = test_support::ToUtf8(BinFolder() / ProgramFile("sample_game"));
     StartService();
     const std::string answer = std::string("info_response:7:") + kSteamId + ":" + kPersona + ":10:" + kTicket;
-    test_support::ChildProcess client({node,
-                                       {TOLLMERE_NODE_CLIENT, answer, game, HomeText(), test_support::ToUtf8(report)},
-                                       {{"NODE_SKIP_PLATFORM_CHECK", "1"}},
-                                       std::filesystem::current_path()});  // the paths of the build have no drive
-    EXPECT_EQ(client.WaitForExit(), 0) << test_support::ReadAll(report);
+    const std::string script = support::ToUtf8(BinFolder() / "node_client.js");
+    support::ChildProcess client({node,
+                                  {script, answer, SampleGame(), HomeText(), support::ToUtf8(report)},
+                                  {{"NODE_SKIP_PLATFORM_CHECK", "1"}},
+                                  Home()});
+    EXPECT_EQ(client.WaitForExit(), 0) << support::ReadAll(report);
     CloseFromOutside();
     EXPECT_EQ(CountInLog("SteamService :: OnConnected"), 2);
     EXPECT_EQ(CountInLog("Game launch was requested"), 1);

@@ -1,49 +1,53 @@
 #include "tests/e2e/operations_page.h"
 
 #include <algorithm>
+#include <map>
+#include <regex>
 #include <sstream>
 
-#include "tests/support/temp_folder.h"
+#include "support/temp_folder.h"
+#include "tests/e2e/machine.h"
 
 namespace e2e {
 
-static bool Matches(const std::string& line, const std::regex& pattern) {
-    return std::regex_match(line, pattern);
-}
+using Texts = std::vector<std::string>;
 
-OperationsPage::OperationsPage() {
-    std::istringstream text(test_support::ReadAll(test_support::FromUtf8(TOLLMERE_OPERATIONS_PAGE)));
+// The lines shown under each heading.
+static std::map<std::string, std::vector<std::regex>> ReadPage() {
+    std::map<std::string, std::vector<std::regex>> page;
+    std::istringstream text(support::ReadAll(BinFolder() / "operations.md"));
     std::string heading;
     bool inLog = false;
     for (std::string line; std::getline(text, line);) {
-        if (line.rfind("### ", 0) == 0) heading = line.substr(4);
+        if (line.starts_with("### ")) heading = line.substr(4);
         if (line == "```") inLog = false;
         if (inLog) {
             const std::string escaped = std::regex_replace(line, std::regex(R"([\\\[\]().*+?^$|{}])"), R"(\$&)");
-            m_Patterns[heading].emplace_back(std::regex_replace(escaped, std::regex("<[a-z ]+>"), ".*"));
+            page[heading].emplace_back(std::regex_replace(escaped, std::regex("<[a-z ]+>"), ".*"));
         }
         if (line == "```log") inLog = true;
     }
+    return page;
 }
 
-bool OperationsPage::Shows(const std::string& heading, const std::vector<std::string>& log) const {
-    const auto found = m_Patterns.find(heading);
-    if (found == m_Patterns.end()) return false;
-    const Patterns& lines = found->second;
-    return std::search(log.begin(), log.end(), lines.begin(), lines.end(), Matches) != log.end();
-}
-
-std::vector<std::string> OperationsPage::Verdicts(const std::vector<std::string>& log) const {
-    std::vector<std::string> headings;
-    for (const auto& [heading, lines] : m_Patterns) {
-        const bool isLongEnough = lines.size() <= log.size();
-        if (isLongEnough &&
-            std::equal(lines.rbegin(), lines.rend(), log.rbegin(),
-                       [](const std::regex& pattern, const std::string& line) { return Matches(line, pattern); })) {
-            headings.push_back(heading);
-        }
+static Texts Headings(const Texts& log, bool atTheEnd) {
+    const auto matches = [](const std::string& line, const std::regex& shown) { return std::regex_match(line, shown); };
+    Texts headings;
+    for (const auto& [heading, lines] : ReadPage()) {
+        const auto last = std::find_end(log.begin(), log.end(), lines.begin(), lines.end(), matches);
+        if (last == log.end()) continue;
+        const bool isTheEnd = log.end() - last == static_cast<std::ptrdiff_t>(lines.size());
+        if (isTheEnd || !atTheEnd) headings.push_back(heading);
     }
     return headings;
+}
+
+Texts HeadingsShownBy(const Texts& log) {
+    return Headings(log, false);
+}
+
+Texts VerdictsOn(const Texts& log) {
+    return Headings(log, true);
 }
 
 }  // namespace e2e

@@ -1,26 +1,16 @@
 #pragma once
 
-// docs/operations.md as a judge of logs: each heading that shows a log, with `<...>` for what differs.
+// docs/operations.md as a judge of logs: it shows a log under many a heading, with `<...>` for what differs.
 
-#include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
 namespace e2e {
 
-class OperationsPage {
-  public:
-    OperationsPage();
+// The headings whose lines stand in the log, one after another.
+std::vector<std::string> HeadingsShownBy(const std::vector<std::string>& log);
 
-    // Whether the lines shown under the heading stand in the log, one after another.
-    bool Shows(const std::string& heading, const std::vector<std::string>& log) const;
-    // The headings whose lines are how this log ends.
-    std::vector<std::string> Verdicts(const std::vector<std::string>& log) const;
-
-  private:
-    using Patterns = std::vector<std::regex>;
-    std::map<std::string, Patterns> m_Patterns;
-};
+// The headings whose lines are how the log ends.
+std::vector<std::string> VerdictsOn(const std::vector<std::string>& log);
 
 }  // namespace e2e

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 #include <memory>
-#include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,16 +44,15 @@ Fields StringFields(FieldCursor& cursor) {
 }
 
 TEST(FieldCursor, SplitsABodyIntoFields) {
-    const char unclosed[] = "Error - unclosed parameter quote.";
-    const char invalid[] = "Error - invalid parameter quoting.";
+    const Fields unclosed = {"Error - unclosed parameter quote."};
+    const Fields invalid = {"Error - invalid parameter quoting."};
     struct {
         std::string body;
         Fields raw;
         Fields unescaped;
-        const char* line = nullptr;
+        Fields lines = {};
     } const rows[] = {
         {"", {}, {}},
-        {"a", {"a"}, {"a"}},
         {"a:b", {"a", "b"}, {"a", "b"}},
         {"a:", {"a"}, {"a"}},
         {"a::b", {"a", "", "b"}, {"a", "", "b"}},
@@ -62,13 +61,10 @@ TEST(FieldCursor, SplitsABodyIntoFields) {
         {" a ", {" a "}, {" a "}},
         {"a\0b:c"s, {"a\0b"s, "c"}, {"a\0b"s, "c"}},
         {"\"a:b\":c", {"a:b", "c"}, {"a:b", "c"}},
-        {"\"a\"", {"a"}, {"a"}},
-        {"\"\"", {""}, {""}},
         {"\"\":\"\"", {"", ""}, {"", ""}},
         {"\"a\"\0b"s, {"a", "b"}, {"a", "b"}},
         {R"("a\"b")", {R"(a\"b)"}, {"a\"b"}},
         {R"("C:\\Games\\x.exe":"":)", {R"(C:\\Games\\x.exe)", ""}, {R"(C:\Games\x.exe)", ""}},
-        {R"("a\:b")", {R"(a\:b)"}, {"a:b"}},
         {R"(a\:b)", {R"(a\)", "b"}, {"a", "b"}},
         {R"(a\\b)", {R"(a\\b)"}, {R"(a\b)"}},
         {R"("a"b)", {}, {}, invalid},
@@ -77,19 +73,16 @@ TEST(FieldCursor, SplitsABodyIntoFields) {
         {R"(")", {}, {}, unclosed},
         {R"("abc\)", {}, {}, unclosed},
         {R"("abc\")", {}, {}, unclosed},
-        {R"(x:")", {"x"}, {"x"}, unclosed},
     };
     test_support::LogCapture log;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.body);
-        Body raw(row.body);
+        Body raw(row.body), unescaped(row.body);
         EXPECT_EQ(RawFields(raw.cursor), row.raw);
         EXPECT_EQ(NextField(raw.cursor, nullptr), nullptr) << "the end stays the end";
-        EXPECT_EQ(log.Lines(), row.line != nullptr ? Fields{row.line} : Fields{});
-
-        Body unescaped(row.body);
+        EXPECT_EQ(log.Lines(), row.lines);
         EXPECT_EQ(StringFields(unescaped.cursor), row.unescaped);
-        EXPECT_EQ(log.Lines(), row.line != nullptr ? Fields{row.line} : Fields{});
+        EXPECT_EQ(log.Lines(), row.lines);
     }
 }
 
@@ -117,33 +110,16 @@ TEST(FieldCursor, SkipsTheMessageName) {
 
 // The C library's scanner is the model: what it makes of a terminated text, this makes of a field without a terminator.
 TEST(FieldCursor, ReadsNumbersAsTheScannerDoes) {
-    const std::string longest = std::string(99, '0') + "7";
-    for (const char* const text : {"0",
-                                   "1",
-                                   "42",
-                                   "007",
-                                   "18446744073709551615",
-                                   "18446744073709551616",
-                                   "99999999999999999999999",
-                                   "-1",
-                                   "+5",
-                                   "-18446744073709551616",
-                                   " \t12",
-                                   "12ab",
-                                   "",
-                                   "-",
-                                   "+",
-                                   "ab",
-                                   "- 1",
-                                   "0x10",
-                                   "\"12\"",
-                                   longest.c_str()}) {
+    const std::string numbers =
+        "0:1:42:" + std::string(99, '0') +
+        "7:18446744073709551615:18446744073709551616:99999999999999999999999:-1:+5:-18446744073709551616"
+        ": \t\v\r\n\f12:12ab::-:+:ab:- 1:0x10:\"12\":13";
+    Body body(numbers);
+    std::istringstream texts(numbers);
+    for (std::string text; std::getline(texts, text, ':');) {
         SCOPED_TRACE(text);
-        const bool quoted = *text == '"';
         unsigned long long scanned = 99;
-        const bool expected = std::sscanf(text + (quoted ? 1 : 0), "%llu", &scanned) == 1;
-
-        Body body(text);
+        const bool expected = std::sscanf(text.c_str() + (text.starts_with('"') ? 1 : 0), "%llu", &scanned) == 1;
         std::uint64_t number = 99;
         EXPECT_EQ(ReadNumberField(body.cursor, number), expected);
         EXPECT_EQ(number, scanned);

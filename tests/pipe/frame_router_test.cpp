@@ -69,10 +69,7 @@ TEST_F(FrameRouter, GivesEachFrameToTheSubsystemThatItNames) {
         std::string bytes;
         Bodies delivered;
     } const rows[] = {
-        {"nothing", "", {}},
-        {"one", one, {"STEA one"}},
         {"two in one read, for two subsystems", one + Frame("XY:two"), {"STEA one", "XY two"}},
-        {"the start of another behind it", one + one.substr(0, 9), {"STEA one"}},
         {"six bytes behind it", one + "\x02\0\0\0ab"s, {"STEA one"}},
         {"an unknown id is passed over", Frame("NOBO:x") + one, {"STEA one"}},
         {"a longer id still matches; its rest is body", Frame("STEAM:x"), {"STEA :x"}},
@@ -82,6 +79,7 @@ TEST_F(FrameRouter, GivesEachFrameToTheSubsystemThatItNames) {
         {"length 0 steps over its own four bytes", "\0\0\0\0"s + one, {"STEA one"}},
         {"the shortest frame that is looked at", Frame("XY:") + Frame("XY:a"), {"XY a"}},
         {"one byte is missing", one.substr(0, one.size() - 1), {}},
+        {"the start of another behind it", one + one.substr(0, 9), {"STEA one"}},
         {"the fourth byte counts", "\x08\0\0\x01STEA:one"s, {}},
         {"a length that wraps around", "\xFF\xFF\xFF\xFFSTEA:one"s, {}},
         {"garbage", "GET / HTTP/1.1\r\n\r\n", {}},
@@ -89,15 +87,6 @@ TEST_F(FrameRouter, GivesEachFrameToTheSubsystemThatItNames) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         EXPECT_EQ(Route(row.bytes), row.delivered);
-    }
-}
-
-TEST_F(FrameRouter, NeverLooksBehindTheEndOfATruncatedRead) {
-    const std::string frames = Frame("STEA:one") + Frame("XY:two") + Frame("STEA:three");
-    for (std::size_t size = 0; size <= frames.size(); ++size) {
-        SCOPED_TRACE(size);
-        const Bodies bodies = Route(frames.substr(0, size));
-        EXPECT_EQ(bodies.size(), size == frames.size() ? 3u : size >= 22 ? 2u : size >= 12 ? 1u : 0u);
     }
 }
 

@@ -5,23 +5,26 @@
 
 #include <atomic>
 
-#include "tests/support/limits.h"
+#include "support/limits.h"
 #include "tests/support/log_capture.h"
 
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Completions are played by setting the event, as the system does.
 class OverlappedOperationTest : public testing::Test {
   protected:
+    bool Arm(bool oneShot) {
+        return operation.Initialize([this] { ++fired; }, oneShot);
+    }
     void Complete() { SetEvent(operation.m_Overlapped.hEvent); }
-    bool Fired(int times) {
-        return test_support::WaitUntil([&] { return fired == times; });
+    bool Fires(int times) {
+        Complete();
+        return support::WaitUntil([&] { return fired == times; });
     }
     bool IsIdle() {
-        const std::lock_guard lock(OverlappedOperation::CompletionLock());
+        const LockGuard lock(g_CompletionLock);
         return operation.m_Overlapped.hEvent == INVALID_HANDLE_VALUE && !operation.m_IoPending;
     }
 
@@ -31,11 +34,8 @@ class OverlappedOperationTest : public testing::Test {
 };
 
 TEST_F(OverlappedOperationTest, ARepeatingOneFiresForEachCompletion) {
-    ASSERT_TRUE(operation.Initialize([&] { ++fired; }, false));
-    for (int times = 1; times <= 3; ++times) {
-        Complete();
-        EXPECT_TRUE(Fired(times));
-    }
+    ASSERT_TRUE(Arm(false));
+    for (int times = 1; times <= 3; ++times) EXPECT_TRUE(Fires(times));
     operation.Cleanup(false);
     EXPECT_TRUE(IsIdle());
     EXPECT_THAT(log.Lines(), IsEmpty());
@@ -43,86 +43,61 @@ TEST_F(OverlappedOperationTest, ARepeatingOneFiresForEachCompletion) {
 
 TEST_F(OverlappedOperationTest, AOneShotOneFiresOnceAndGoesBackToIdle) {
     for (int times = 1; times <= 3; ++times) {
-        ASSERT_TRUE(operation.Initialize([&] { ++fired; }, true));
-        Complete();
-        EXPECT_TRUE(test_support::WaitUntil([&] { return IsIdle(); }));
-        EXPECT_EQ(fired, times);
+        ASSERT_TRUE(Arm(true));
+        EXPECT_TRUE(Fires(times));
+        EXPECT_TRUE(support::WaitUntil([&] { return IsIdle(); }));
     }
     EXPECT_THAT(log.Lines(), IsEmpty()) << "an unregistration inside the callback is no failure";
 }
 
 TEST_F(OverlappedOperationTest, RefusesASecondUseButTakesItsCallback) {
     ASSERT_TRUE(operation.Initialize([&] { fired = 100; }, false));
-    EXPECT_FALSE(operation.Initialize([&] { ++fired; }, false));
-    Complete();
-    EXPECT_TRUE(Fired(1));
+    EXPECT_FALSE(Arm(false));
+    EXPECT_TRUE(Fires(1));
 
     operation.Cleanup(false);
     operation.m_IoPending = true;
-    EXPECT_FALSE(operation.Initialize([] {}, true));
+    EXPECT_FALSE(Arm(true));
     operation.Cleanup(false);
-    EXPECT_TRUE(operation.Initialize([] {}, true)) << "after a cleanup it can be used again";
-    EXPECT_THAT(log.Lines(),
-                ElementsAre("Tried to re-initialize an overlapped!", "Tried to re-initialize an overlapped!"));
-}
-
-TEST_F(OverlappedOperationTest, ACallbackMayCleanUpItsOwnObject) {
-    static OverlappedOperation* own;
-    static std::atomic<int>* count;
-    own = &operation;
-    count = &fired;
-    for (const bool oneShot : {true, false}) {
-        fired = 0;
-        ASSERT_TRUE(operation.Initialize(
-            [] {
-                own->Cleanup(true);
-                ++*count;
-            },
-            oneShot));
-        Complete();
-        EXPECT_TRUE(Fired(1));
-        EXPECT_TRUE(IsIdle());
-    }
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_TRUE(Arm(true)) << "after a cleanup it can be used again";
+    const char refused[] = "Tried to re-initialize an overlapped!";
+    EXPECT_THAT(log.Lines(), testing::ElementsAre(refused, refused));
 }
 
 // A connection that is lost while it is being announced is listened for again inside that very callback.
-TEST_F(OverlappedOperationTest, ACallbackMayArmItsOwnObjectAnew) {
-    static OverlappedOperation* own;
-    static std::atomic<int>* count;
-    own = &operation;
-    count = &fired;
-    ASSERT_TRUE(operation.Initialize(
-        [] {
-            own->Cleanup(true);
-            own->Initialize([] { ++*count; }, true);
-            ++*count;
-        },
-        true));
-    Complete();
-    ASSERT_TRUE(Fired(1));
-    {
-        // Held by the first callback until it has returned.
-        const std::lock_guard lock(OverlappedOperation::CompletionLock());
-        ASSERT_NE(operation.m_Overlapped.hEvent, INVALID_HANDLE_VALUE);
+TEST_F(OverlappedOperationTest, ACallbackMayCleanUpItsOwnObjectAndArmItAnew) {
+    for (const bool oneShot : {true, false}) {
+        SCOPED_TRACE(oneShot);
+        fired = 0;
+        const auto armAnew = [this] {
+            auto* const test = this;  // what was captured goes with the clean-up
+            test->operation.Cleanup(true);
+            EXPECT_TRUE(test->IsIdle());
+            EXPECT_TRUE(test->Arm(true));
+            ++test->fired;
+        };
+        ASSERT_TRUE(operation.Initialize(armAnew, oneShot));
+        ASSERT_TRUE(Fires(1));
+        // Not before the first callback has returned.
+        ASSERT_FALSE(IsIdle());
+        EXPECT_TRUE(Fires(2));
+        operation.Cleanup(true);
     }
-    Complete();
-    EXPECT_TRUE(Fired(2));
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
 
 TEST_F(OverlappedOperationTest, ADisarmedOneNeverFires) {
-    ASSERT_TRUE(operation.Initialize([&] { ++fired; }, false));
-    HANDLE wait;
+    ASSERT_TRUE(Arm(false));
+    OwnedWait wait;
     {
         // The completion has begun when it is disarmed, and waits for the lock.
-        const std::lock_guard lock(OverlappedOperation::CompletionLock());
+        const LockGuard lock(g_CompletionLock);
         Complete();
         wait = operation.Disarm();
     }
-    EXPECT_TRUE(UnregisterWaitEx(wait, INVALID_HANDLE_VALUE));
+    EXPECT_TRUE(UnregisterWaitEx(wait.Release(), INVALID_HANDLE_VALUE));
     Complete();
-    EXPECT_EQ(operation.Disarm(), INVALID_HANDLE_VALUE);
+    EXPECT_FALSE(operation.Disarm());
     operation.Cleanup(false);
     EXPECT_EQ(fired, 0);
 }

@@ -8,15 +8,14 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "pipe/named_pipe_server.h"
 #include "pipe/overlapped_operation.h"
-#include "tests/support/limits.h"
+#include "support/limits.h"
+#include "support/pipe_client.h"
 #include "tests/support/log_capture.h"
-#include "tools/launcher_client/pipe_client.h"
 
 class PipeServerFixture : public testing::Test {
   protected:
@@ -26,7 +25,8 @@ class PipeServerFixture : public testing::Test {
         m_Callbacks.OnConnected = [this] { ++connects; };
         m_Callbacks.OnDisconnected = [this] { ++disconnects; };
         m_Callbacks.OnData = [this](unsigned char* data, unsigned int size) {
-            m_OnData(std::string(data, data + size));
+            m_Delivered.assign(reinterpret_cast<const char*>(data), size);
+            m_OnData(m_Delivered);
         };
     }
     ~PipeServerFixture() override { Stop(); }
@@ -43,6 +43,7 @@ class PipeServerFixture : public testing::Test {
         return NamedPipeServer::Send(frame);
     }
 
+    const std::string& Name() const { return m_Name; }
     std::string FullName() const { return "\\\\.\\pipe\\" + m_Name; }
     bool Start() { return NamedPipeServer::Create(FullName(), &m_Callbacks); }
     void Stop() {
@@ -51,23 +52,24 @@ class PipeServerFixture : public testing::Test {
     }
     // What a read delivers is given to `handler`; set it before the client writes.
     void OnData(std::function<void(const std::string&)> handler) {
-        const std::lock_guard lock(OverlappedOperation::CompletionLock());
+        const LockGuard lock(g_CompletionLock);
         m_OnData = std::move(handler);
     }
 
-    bool Connect() { return client.Open(m_Name, test_support::Limit()); }
-    bool Write(const std::string& bytes) {
-        return client.Write(bytes, test_support::Limit()) == launcher::Outcome::Done;
-    }
+    bool StartAndConnect() { return Start() && Connect(); }
+    bool Connect() { return client.Open(m_Name, support::Limit()); }
+    bool Write(const std::string& bytes) { return client.Write(bytes, support::Limit()) == launcher::Outcome::Done; }
     // Exactly `size` bytes, or fewer if the connection ends first.
     std::string Read(std::size_t size) {
         std::string bytes;
-        while (bytes.size() < size && client.Read(bytes, test_support::Limit()) == launcher::Outcome::Done) {
+        while (bytes.size() < size && client.Read(bytes, support::Limit()) == launcher::Outcome::Done) {
         }
         return bytes;
     }
+    // By a handler that sends back what came. The next read is pending soon after.
+    bool IsServed() { return Write("a") && Read(1) == "a" && Write("b") && Read(1) == "b"; }
     bool Disconnected(int times) {
-        return test_support::WaitUntil([&] { return disconnects == times; });
+        return support::WaitUntil([&] { return disconnects == times; });
     }
 
     test_support::LogCapture log;
@@ -78,5 +80,6 @@ class PipeServerFixture : public testing::Test {
   private:
     std::string m_Name;
     PipeCallbacks m_Callbacks;
+    std::string m_Delivered;  // by the latest read
     std::function<void(const std::string&)> m_OnData = [](const std::string& bytes) { Send(bytes); };
 };

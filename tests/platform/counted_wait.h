@@ -2,15 +2,19 @@
 
 #include <atomic>
 
-#include "platform/windows_api.h"
-#include "tests/support/limits.h"
+#include "platform/owners.h"
+#include "support/limits.h"
+
+inline OwnedHandle MakeEvent(bool manualReset) {
+    return OwnedHandle(CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, nullptr));
+}
 
 // A registered wait that counts its callbacks. Gone, and no callback running, when the object is.
 class CountedWait {
   public:
-    explicit CountedWait(HANDLE event, ULONG flags = 0) {
-        m_Registered =
-            RegisterWaitForSingleObject(&m_Wait, event, OnFired, this, INFINITE, flags | WT_EXECUTEINWAITTHREAD);
+    explicit CountedWait(const OwnedHandle& event, ULONG flags = 0) {
+        flags |= WT_EXECUTEINWAITTHREAD;
+        m_Registered = RegisterWaitForSingleObject(&m_Wait, event.Get(), OnFired, this, INFINITE, flags);
     }
     ~CountedWait() {
         if (m_Registered) UnregisterWaitEx(m_Wait, INVALID_HANDLE_VALUE);
@@ -20,7 +24,7 @@ class CountedWait {
 
     int Signals() const { return m_Signals; }
     bool Reaches(int signals) const {
-        return test_support::WaitUntil([&] { return m_Signals == signals; });
+        return support::WaitUntil([&] { return m_Signals >= signals; });
     }
 
   private:
@@ -31,28 +35,13 @@ class CountedWait {
     BOOL m_Registered = FALSE;
 };
 
-// An event with an owner.
-class OwnedEvent {
-  public:
-    explicit OwnedEvent(bool manualReset)
-        : m_Event(CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, nullptr)) {}
-    ~OwnedEvent() { CloseHandle(m_Event); }
-    OwnedEvent(const OwnedEvent&) = delete;
-    OwnedEvent& operator=(const OwnedEvent&) = delete;
-
-    operator HANDLE() const { return m_Event; }
-
-  private:
-    const HANDLE m_Event;
-};
-
 // After this every wait has fired that was to fire because of anything before it: the wait thread takes the waits in
 // turns, and here it has come round twice.
 inline bool WaitThreadHasComeRound() {
-    const OwnedEvent event(false);
+    const OwnedHandle event = MakeEvent(false);
     const CountedWait wait(event);
-    SetEvent(event);
+    SetEvent(event.Get());
     if (!wait.Reaches(1)) return false;
-    SetEvent(event);
+    SetEvent(event.Get());
     return wait.Reaches(2);
 }

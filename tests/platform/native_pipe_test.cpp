@@ -13,8 +13,8 @@
 #include <thread>
 
 #include "platform/posix/testing/faults.h"
+#include "support/temp_folder.h"
 #include "tests/platform/pipe_contract_fixture.h"
-#include "tests/support/temp_folder.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ class NativePipe : public PipeContract {
     }
     std::filesystem::path Socket() const { return folder.Path() / name; }
 
-    const test_support::TempFolder folder;
+    const support::TempFolder folder;
 };
 
 TEST_F(NativePipe, IsAFileForItsOwnerAloneAndLeavesNothingBehind) {
@@ -63,48 +63,30 @@ TEST_F(NativePipe, WhatADeadProcessHasLeftIsReplacedAndALivingOneRespected) {
     EXPECT_TRUE(ClientCame());
 }
 
-TEST_F(NativePipe, BadPlacesAreRefused) {
+TEST_F(NativePipe, SomebodysFileIsKept) {
     std::ofstream(Socket()) << "no socket";
     EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(std::filesystem::is_regular_file(Socket())) << "somebody's file";
-
-    const std::pair<std::string, DWORD> rows[] = {
-        {"a/b", ERROR_INVALID_NAME}, {"", ERROR_INVALID_NAME}, {std::string(200, 'x'), ERROR_INVALID_NAME}};
-    for (const auto& [bad, error] : rows) {
-        name = bad;
-        EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
-        EXPECT_EQ(GetLastError(), error) << bad;
-    }
-    name = "x";
-    SetEnvironmentVariableA("TOLLMERE_PIPE_DIR", (folder.Path() / "missing").c_str());
-    EXPECT_EQ(TryCreate(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_TRUE(std::filesystem::is_regular_file(Socket()));
 }
 
 TEST_F(NativePipe, AfterAnEndNothingIsTouched) {
-    struct {
-        const char* how;
-        DWORD error;
-    } const rows[] = {{"disconnect", ERROR_PIPE_NOT_CONNECTED}, {"close", ERROR_OPERATION_ABORTED}};
+    const std::string bytes(4 * kCapacity, 'x');
     const int handles = platform_testing::OpenHandleCount();
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.how);
+    for (const DWORD end : {ERROR_PIPE_NOT_CONNECTED, ERROR_OPERATION_ABORTED}) {
+        SCOPED_TRACE(end);
         Create();
         ASSERT_TRUE(ClientCame());
         Request read, write;
         EXPECT_EQ(Read(read), ERROR_IO_PENDING);
-        const std::string bytes(4 * kCapacity, 'x');
         EXPECT_EQ(Write(write, bytes), ERROR_IO_PENDING);
         // The client floods the pipe while it ends.
-        launcher::PipeClient other = std::move(client);
-        std::thread flood([&] { other.Write(std::string(8 * kCapacity, 'y'), test_support::Limit()); });
-        if (row.error == ERROR_PIPE_NOT_CONNECTED) Disconnect();
+        std::thread flood([&] { client.Write(bytes + bytes, support::Limit()); });
+        if (end == ERROR_PIPE_NOT_CONNECTED) Disconnect();
         Close();
         const std::string kept = buffer;
-        const DWORD error = read.Error(pipe);
-        EXPECT_TRUE(error == row.error || error == ERROR_SUCCESS) << error;
-        EXPECT_EQ(write.Error(pipe), row.error) << "already, without waiting";
+        EXPECT_THAT(read.Error(pipe), testing::AnyOf(end, ERROR_SUCCESS));
+        EXPECT_EQ(write.Error(pipe), end) << "already, without waiting";
         flood.join();
         ASSERT_TRUE(WaitThreadHasComeRound());
         EXPECT_EQ(buffer, kept);

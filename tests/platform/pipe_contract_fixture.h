@@ -1,16 +1,17 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "support/pipe_client.h"
 #include "tests/platform/counted_wait.h"
-#include "tools/launcher_client/pipe_client.h"
 
 // One overlapped request with its event.
 class Request {
   public:
-    Request() : m_Event(true) { m_Overlapped.hEvent = m_Event; }
+    Request() { m_Overlapped.hEvent = m_Event.Get(); }
 
     OVERLAPPED* Record() { return &m_Overlapped; }
 
@@ -28,7 +29,7 @@ class Request {
     DWORD Count() const { return m_Count; }
 
   private:
-    const OwnedEvent m_Event;
+    const OwnedHandle m_Event = MakeEvent(true);
     OVERLAPPED m_Overlapped = {};
     DWORD m_Count = 0;
 };
@@ -81,15 +82,15 @@ class PipeContract : public testing::Test {
     bool ClientCame() {
         Request connect;
         const DWORD error = Connect(connect);
-        if (!client.Open(name, test_support::Limit())) return false;
+        if (!client.Open(name, support::Limit())) return false;
         return error == ERROR_IO_PENDING && connect.Signalled() && connect.Error(pipe) == ERROR_SUCCESS;
     }
     bool ClientWrites(const std::string& bytes) {
-        return client.Write(bytes, test_support::Limit()) == launcher::Outcome::Done;
+        return client.Write(bytes, support::Limit()) == launcher::Outcome::Done;
     }
     std::string ClientReads(std::size_t size) {
         std::string bytes;
-        while (bytes.size() < size && client.Read(bytes, test_support::Limit()) == launcher::Outcome::Done) {
+        while (bytes.size() < size && client.Read(bytes, support::Limit()) == launcher::Outcome::Done) {
         }
         return bytes;
     }

@@ -32,7 +32,7 @@ LogCapture::LogCapture() {
 
 LogCapture::~LogCapture() {
     FlushLog();
-    g_LogFileName = nullptr;
+    g_LogFileName = WIDE_TEXT("");
     std::error_code ignored;
     std::filesystem::remove(File(), ignored);
 }

@@ -70,68 +70,49 @@ TEST_F(EventStore, EntriesThatCannotBeUsedAreSkipped) {
 
 TEST_F(EventStore, TimesAndTextsAreReadInEachOfTheirForms) {
     struct {
+        std::string data;
         std::string time;
-        std::uint64_t value;
-    } const times[] = {{"123", 123},
-                       {R"("123")", 123},
-                       {R"("0x7B")", 0x7B},
-                       {"18446744073709551615", 18446744073709551615u},
-                       {R"("0xfFfF")", 65535}};
-    for (const auto& row : times) {
-        SCOPED_TRACE(row.time);
-        WriteStore(Document({Entry("", row.time)}));
-        source.m_Events.clear();
-        EXPECT_TRUE(LoadEvents());
-        ASSERT_EQ(source.m_Events.size(), 1u);
-        EXPECT_EQ(source.m_Events[0].time, row.value);
-    }
-    struct {
-        std::string inFile;
-        std::string decoded;
-    } const texts[] = {
-        {R"(\"\\\/\b\f\n\r\t)", "\"\\/\b\f\n\r\t"},
-        {"\xE4", "\xC3\xA4"},  // one byte for each character
-        {R"(\u00e4)", "\xC3\xA4"},
-        {R"(a\u0000b)", "a"},
-        {std::string(1023, 'd'), std::string(1023, 'd')},
+        std::string readData;
+        std::uint64_t readTime;
+    } const rows[] = {
+        {"", R"("123")", "", 123},      {"", R"("0x7B")", "", 0x7B},
+        {"", R"("0xfFfF")", "", 65535}, {"", "18446744073709551615", "", 18446744073709551615u},
+        {"\xE4", "1", "\xC3\xA4", 1},  // one byte for each character
+        {R"(a\u0000b)", "1", "a", 1},   {std::string(1023, 'd'), "1", std::string(1023, 'd'), 1},
     };
-    for (const auto& row : texts) {
-        SCOPED_TRACE(row.inFile);
-        WriteStore(Document({Entry(row.inFile, "1")}));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.data + row.time);
+        WriteStore(Document({Entry(row.data, row.time)}));
         source.m_Events.clear();
         EXPECT_TRUE(LoadEvents());
-        EXPECT_THAT(Queued(), ElementsAre(row.decoded));
+        ASSERT_THAT(Queued(), ElementsAre(row.readData));
+        EXPECT_EQ(source.m_Events[0].time, row.readTime);
     }
 }
 
-TEST_F(EventStore, ACharacterBeyondAByteIsWrittenAsOneQuestionMark) {
-    Queue("\xC3\xBF \xC4\x80 \xE2\x82\xAC \xF0\x9F\x8E\xAE.", 1);
+TEST_F(EventStore, WhatTheFileCannotHoldIsReplaced) {
+    Queue("\xC3\xBF \xC4\x80 \xE2\x82\xAC \xF0\x9F\x8E\xAE.\x01\x7F\t", 1);
     EXPECT_TRUE(SaveEvents());
-    EXPECT_EQ(ReadStore(), Document({Entry("\xFF ? ? ?.", "1")}));
+    EXPECT_EQ(ReadStore(), Document({Entry("\xFF ? ? ?.  \\t", "1")}));
 }
 
 TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
     struct {
         std::string bytes;
-        bool loads;
-        bool kept;
-        std::vector<std::string> lines;
+        bool loads, kept;
+        std::string line;  // how the first one begins; empty: none
     } const rows[] = {
-        {"", false, true, {"JSON Validation Error: line 1, character '"}},
-        {" \n", false, true, {"JSON Validation Error: line 2, character '"}},
-        {"[]", false, true, {}},
-        {"{}", false, true, {}},
-        {R"({"other":1})", false, true, {}},
-        {R"({"metrics":17})", true, true, {}},
-        {R"({"metrics":[]})", true, true, {}},
-        {R"({"metrics":{"a":)" + Entry("in an object", "1") + "}}", true, true, {}},
-        {"\xEF\xBB\xBF{}", false, false, {"JSON Validation Error: line 1, character '"}},
-        {Document({Entry("x", "1")}).substr(0, 30), false, false, {"JSON Validation Error: "}},
-        {R"({"metrics":[]}{})",
-         false,
-         false,
-         {"JSON Validation Error: line 1 char 15, extra data following end of first object",
-          "JSON Validation Error: extra content = '{}'"}},
+        {"", false, true, "JSON Validation Error: line 1, character '"},
+        {" \n", false, true, "JSON Validation Error: line 2, character '"},
+        {"[]", false, true, ""},
+        {"{}", false, true, ""},
+        {R"({"other":1})", false, true, ""},
+        {R"({"metrics":17})", true, true, ""},
+        {R"({"metrics":[]})", true, true, ""},
+        {R"({"metrics":{"a":)" + Entry("in an object", "1") + "}}", true, true, ""},
+        {"\xEF\xBB\xBF{}", false, false, "JSON Validation Error: line 1, character '"},
+        {Document({Entry("x", "1")}).substr(0, 30), false, false, "JSON Validation Error: "},
+        {R"({"metrics":[]}{})", false, false, "JSON Validation Error: line 1 char 15, extra data following"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.bytes);
@@ -140,9 +121,8 @@ TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
         EXPECT_EQ(LoadEvents(), row.loads);
         EXPECT_EQ(ReadStore().has_value(), row.kept);
         const auto lines = log.Lines();
-        ASSERT_GE(lines.size(), row.lines.size());
-        EXPECT_EQ(lines.empty(), row.lines.empty());
-        for (std::size_t i = 0; i < row.lines.size(); ++i) EXPECT_THAT(lines[i], StartsWith(row.lines[i]));
+        ASSERT_EQ(lines.empty(), row.line.empty());
+        EXPECT_TRUE(lines.empty() || lines[0].starts_with(row.line)) << lines[0];
 
         // Whatever was there, a save replaces it.
         source.m_Events.clear();

@@ -13,25 +13,24 @@
 #include <string>
 #include <vector>
 
+#include "support/temp_folder.h"
 #include "telemetry/event_store.h"
 #include "telemetry/event_store_path.h"
-#include "telemetry/telemetry.h"
+#include "telemetry/telemetry_publication.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/temp_folder.h"
 
 class StoreFixture : public testing::Test {
   protected:
     StoreFixture() {
         // Only the native layer listens to this; elsewhere the file is where it always is.
-        SetEnvironmentVariableA("TOLLMERE_LOCAL_APP_DATA", test_support::ToUtf8(m_Folder.Path()).c_str());
-        g_TelemetryHooks = &m_Hooks;
-        g_TelemetrySource = &source;
+        SetEnvironmentVariableA("TOLLMERE_LOCAL_APP_DATA", support::ToUtf8(m_Folder.Path()).c_str());
+        PublishTelemetry(hooks, source);
         WideString path;
         EXPECT_TRUE(GetEventStorePath(path));
         std::string file = WideToUtf8(path.c_str());
         // Every platform's own file functions take this separator.
         std::replace(file.begin(), file.end(), '\\', '/');
-        m_File = test_support::FromUtf8(file);
+        m_File = support::FromUtf8(file);
         Remove();
     }
     ~StoreFixture() override {
@@ -60,7 +59,7 @@ class StoreFixture : public testing::Test {
     // Nothing if there is no file.
     std::optional<std::string> ReadStore() const {
         if (!std::filesystem::exists(m_File)) return std::nullopt;
-        return test_support::ReadAll(m_File);
+        return support::ReadAll(m_File);
     }
     const std::filesystem::path& File() const { return m_File; }
     void Remove() {
@@ -69,10 +68,10 @@ class StoreFixture : public testing::Test {
     }
 
     test_support::LogCapture log;
+    TelemetryHooks hooks;
     SteamHelperTelemetry source;
 
   private:
-    test_support::TempFolder m_Folder;
-    TelemetryHooks m_Hooks;
+    support::TempFolder m_Folder;
     std::filesystem::path m_File;
 };

@@ -1,4 +1,4 @@
-#include "tools/launcher_client/frames.h"
+#include "support/frames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

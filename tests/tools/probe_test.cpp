@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tools/launcher_client/frames.h"
+#include "platform/windows_api.h"
+#include "support/frames.h"
+#include "support/pipe_client.h"
 #include "tools/probe/options.h"
 #include "tools/probe/run.h"
 
@@ -36,14 +38,31 @@ TEST(Probe, EndsWithTwoOnACommandLineWithoutSense) {
                                {"probe", "info", "then"},
                                {"probe", "info", "--id", "18446744073709551616"},
                                {"probe", "info", "--id", "-1"},
-                               {"probe", "info", "--timeout", "soon"}};
+                               {"probe", "info", "--timeout", "soon"},
+                               {"probe", "log", "--run", "0"},
+                               {"probe", "events", "then", "info"},
+                               {"probe", "info", "then", "stop"}};
     for (const Arguments& row : kRows) {
         EXPECT_EQ(RunProbe(row), ExitStatus::Usage) << ::testing::PrintToString(row);
     }
 }
 
-TEST(Probe, EndsWithThreeWhereNobodyServes) {
-    EXPECT_EQ(RunProbe({"probe", "info", "--pipe", "TollmereProbeTestNobody", "--timeout", "0"}), ExitStatus::NoPipe);
+TEST(Probe, TellsAPipeThatIsBusyFromOneThatIsNotThere) {
+    const std::string name = "tollmere-probe-test-" + std::to_string(GetCurrentProcessId());
+    const auto run = [&](const char* words) {
+        testing::internal::CaptureStderr();
+        const ExitStatus status = RunProbe({"probe", "info", "--pipe", name, "--timeout", "0"});
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::HasSubstr(words));
+        return status;
+    };
+    EXPECT_EQ(run("nobody"), ExitStatus::NoPipe);
+    const HANDLE pipe = CreateNamedPipeA(("\\\\.\\pipe\\" + name).c_str(), PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED,
+                                         PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT, 1, 4096, 4096, 0, nullptr);
+    launcher::PipeClient other;
+    ASSERT_TRUE(other.TryOpen(name));
+    EXPECT_EQ(run("busy"), ExitStatus::Busy);
+    CloseHandle(pipe);
+    EXPECT_EQ(run("nobody"), ExitStatus::NoPipe);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include "tools/probe/conversation.h"
 
-#include "tools/launcher_client/frames.h"
-#include "tools/launcher_client/pipe_client.h"
+#include "support/frames.h"
+#include "support/pipe_client.h"
 #include "tools/probe/report.h"
 
 namespace {
@@ -12,8 +12,7 @@ class Conversation {
 
     ExitStatus Run() {
         if (!m_Pipe.Open(m_Options.m_Pipe, m_Options.m_Timeout)) {
-            ReportError("nobody serves the pipe " + m_Options.m_Pipe);
-            return ExitStatus::NoPipe;
+            return NotConnected();
         }
         Narrate("launcher: connected to " + m_Options.m_Pipe);
         ExitStatus status = ExitStatus::Done;
@@ -69,6 +68,15 @@ class Conversation {
             if (outcome != launcher::Outcome::Done) return NoAnswer(outcome);
             m_Frames.Feed(bytes);
         }
+    }
+
+    ExitStatus NotConnected() const {
+        if (m_Pipe.FoundBusy()) {
+            ReportError("the pipe " + m_Options.m_Pipe + " is busy: it serves another client, or doesn't listen");
+            return ExitStatus::Busy;
+        }
+        ReportError("nobody serves the pipe " + m_Options.m_Pipe);
+        return ExitStatus::NoPipe;
     }
 
     ExitStatus NoAnswer(launcher::Outcome outcome) const {

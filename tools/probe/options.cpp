@@ -5,7 +5,9 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 
-#include "tools/launcher_client/frames.h"
+#include "support/frames.h"
+#include "tools/probe/local_commands.h"
+#include "tools/probe/read_number.h"
 
 namespace {
 
@@ -40,16 +42,6 @@ std::optional<std::string> FromHex(std::string text) {
     return bytes;
 }
 
-// A decimal number that fits: the library would also take a sign, other bases and what is too large.
-template <class Number>
-Number ReadNumber(const char* option, const std::string& text) {
-    Number number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end) throw CLI::ValidationError(option, "not a number that fits");
-    return number;
-}
-
 // One part of the command line, between two `then`.
 class PartParser {
   public:
@@ -79,13 +71,14 @@ class PartParser {
         for (CLI::App* const subcommand : {m_Info, m_Launch, m_Raw}) {
             subcommand->allow_windows_style_options(false);
         }
+        AddLocalCommands(m_App, m_Options);
     }
 
     // Throws CLI::Error.
     void Parse(Arguments part) {
         std::reverse(part.begin(), part.end());  // as the library wants it
         m_App.parse(std::move(part));
-        m_Options.m_Commands.push_back(MakeCommand());
+        if (m_Options.m_Task == Task::Converse) m_Options.m_Commands.push_back(MakeCommand());
     }
 
   private:
@@ -135,6 +128,9 @@ bool ParseOptions(const std::vector<std::string>& arguments, Options& options, s
     try {
         std::uint64_t number = 0;
         for (const Arguments& part : SplitAtThen(arguments)) PartParser(options, ++number).Parse(part);
+        if (options.m_Task != Task::Converse && number > 1) {
+            throw CLI::ValidationError(kThen, "stands between commands that go over the pipe");
+        }
         return true;
     } catch (const CLI::CallForHelp&) {
         options.m_Help = true;

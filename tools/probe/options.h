@@ -16,7 +16,13 @@ struct Command {
     std::uint64_t m_RequestId = 0;
 };
 
+// What the run is about: the pipe and its commands, or one of the commands that need no pipe.
+enum class Task { Converse, ShowLog, ShowEvents, Stop };
+
 struct Options {
+    Task m_Task = Task::Converse;
+    std::uint32_t m_Run = 0;        // of the log: the last is 1; 0 for the list of them all
+    std::uint32_t m_ProcessId = 0;  // of the helper to stop; 0 if none is given
     std::string m_Pipe = "TollmereSteamHelper";
     std::chrono::milliseconds m_Timeout{5000};
     bool m_Json = false;

@@ -63,6 +63,10 @@ void ReportAnswer(const launcher::Answer& answer, bool asJson) {
     }
 }
 
+void ReportLine(const std::string& text) {
+    PrintLine(stdout, Printable(text));
+}
+
 void ReportEvent(const std::string& text) {
     PrintLine(stderr, Printable(text));
 }

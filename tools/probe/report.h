@@ -2,11 +2,16 @@
 
 #include <string>
 
-#include "tools/launcher_client/frames.h"
+#include "support/frames.h"
+
+// Bytes that would break a line or the terminal are shown as \xNN, except in JSON.
 
 // To standard output: "key: value" lines, or one JSON object on one line. Flushed at once.
 void ReportAnswer(const launcher::Answer& answer, bool asJson);
 
-// To standard error, one line each, flushed at once. Bytes that would break the line or the terminal are shown as \xNN.
+// To standard output, one line.
+void ReportLine(const std::string& text);
+
+// To standard error, one line each, flushed at once.
 void ReportEvent(const std::string& text);
 void ReportError(const std::string& text);

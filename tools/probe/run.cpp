@@ -3,7 +3,10 @@
 #include <cstdio>
 
 #include "tools/probe/conversation.h"
+#include "tools/probe/events_command.h"
+#include "tools/probe/log_command.h"
 #include "tools/probe/report.h"
+#include "tools/probe/stop_command.h"
 #include "tools/probe/usage.h"
 
 ExitStatus RunProbe(const std::vector<std::string>& arguments) {
@@ -17,6 +20,16 @@ ExitStatus RunProbe(const std::vector<std::string>& arguments) {
     if (options.m_Help) {
         std::fputs(kUsage, stdout);
         return ExitStatus::Done;
+    }
+    switch (options.m_Task) {
+        case Task::ShowLog:
+            return ShowLog(options);
+        case Task::ShowEvents:
+            return ShowEvents();
+        case Task::Stop:
+            return StopHelper(options);
+        case Task::Converse:
+            break;
     }
     return Converse(options);
 }

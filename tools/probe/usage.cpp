@@ -1,10 +1,11 @@
 #include "tools/probe/usage.h"
 
-const char kUsage[] = R"(probe: a launcher's end of the Tollmere Steam Helper's pipe
+const char kUsage[] = R"(probe: a launcher's end of the Tollmere Steam Helper's pipe, and what the helper leaves behind
 
   probe [OPTION...] COMMAND [then COMMAND]...
+  probe log [--run N] | events | stop [--pid N]
 
-COMMANDS
+COMMANDS OVER THE PIPE
   info                            asks who the Steam user is
   launch EXE [--dir DIR] [--args TEXT]
                                   has a game started: its path, its current directory
@@ -14,23 +15,35 @@ COMMANDS
 Commands with the word `then` between them go over one connection, one after another. The first
 that doesn't end well is the last. After the last the probe leaves.
 
+COMMANDS FOR SUPPORT
+  log [--run N]                   lists the runs in the helper's log, the latest last, each with its
+                                  verdict: a heading of docs/operations.md. With N: shows the lines
+                                  of one; 1 is the latest
+  events                          shows what the event store says, in words
+  stop [--pid N]                  has the helper end as if its window were closed, and waits until
+                                  it has (on Windows N may be left out)
+They need no pipe and stand alone, without `then`.
+
 OPTIONS
   --id N          request id, 0 to 18446744073709551615 (default: the command's number, from 1)
-  --timeout MS    how long to wait for the pipe, and for the answers to each command (default 5000)
+  --timeout MS    how long to wait for the pipe, for the answers to each command, and for the
+                  end of a helper (default 5000)
   --json          prints each answer as one line of JSON
   --pipe NAME     default TollmereSteamHelper
   -v, --verbose   says on standard error who says what, as it happens
   -h, --help      prints this
 
 EXIT STATUS
-  0  every command was answered        3  nobody served the pipe in time
-  1  the answer was `failure`          4  the connection was lost, or no answer came in time
-  2  the command line makes no sense
+  0  all that was asked for is done     5  the pipe was busy: it serves another client
+  1  the answer was `failure`           6  no such log, run, event store or helper
+  2  the command line makes no sense    7  a file can't be read, or the event store is damaged
+  3  nobody served the pipe in time     8  the helper is another user's, or has more rights
+  4  the connection was lost, or no     9  the helper hasn't ended in time
+     answer came in time
 
 THE PROTOCOL
   Pipe     \\.\pipe\TollmereSteamHelper, in byte mode, both ways; one launcher at a time. Where it
-           can't be opened, wait at least 50 ms before the next try. 20 seconds after the launcher
-           has gone the helper ends.
+           can't be opened, try again. 20 seconds after the launcher has gone the helper ends.
   Frame    offset 0   4 bytes   length of all that follows, least significant byte first
            offset 4   4 bytes   the id STEA
            offset 8   1 byte    ':'

@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 
+#include "support/system.h"
 #include "tools/steam_stand_in/record.h"
-#include "tools/surroundings/surroundings.h"
 
 namespace script {
 
@@ -64,7 +64,7 @@ std::optional<Callback> ReadCallback(const std::string& entry) {
 bool InitSucceeds() {
     constexpr char kVariable[] = "STEAM_STAND_IN_INIT";
     constexpr std::string_view kOnlyIn = "only-in:";
-    const std::string rule = surroundings::Variable(kVariable).value_or("ok");
+    const std::string rule = support::Variable(kVariable).value_or("ok");
     if (rule == "ok") return true;
     if (rule == "fail") return false;
     if (rule == "fail-first") {
@@ -72,7 +72,7 @@ bool InitSucceeds() {
         failed = !failed;
         return !failed;
     }
-    if (rule.starts_with(kOnlyIn)) return surroundings::IsCurrentDirectory(rule.substr(kOnlyIn.size()));
+    if (rule.starts_with(kOnlyIn)) return support::IsCurrentDirectory(rule.substr(kOnlyIn.size()));
     Reject(kVariable, rule);
     return true;
 }
@@ -83,7 +83,7 @@ bool IsRefused(std::string_view name) {
         std::to_array<std::string_view>({"SteamClient", "HSteamUser", "HSteamPipe", "SteamUser", "SteamFriends",
                                          "SteamUtils", "SteamApps", "SteamUserStats", "SteamController", "Ticket"});
     bool refused = false;
-    const std::string list = surroundings::Variable(kVariable).value_or("");
+    const std::string list = support::Variable(kVariable).value_or("");
     if (list.empty()) return false;
     for (const std::string& entry : Split(list, ',')) {
         if (std::find(kNames.begin(), kNames.end(), entry) == kNames.end()) Reject(kVariable, entry);
@@ -95,18 +95,18 @@ bool IsRefused(std::string_view name) {
 std::uint64_t SteamId() {
     constexpr char kVariable[] = "STEAM_STAND_IN_STEAM_ID";
     std::uint64_t id = 76561197960287930;
-    const std::optional<std::string> value = surroundings::Variable(kVariable);
+    const std::optional<std::string> value = support::Variable(kVariable);
     if (value && !ReadNumber(*value, id)) Reject(kVariable, *value);
     return id;
 }
 
 std::string PersonaName() {
-    return surroundings::Variable("STEAM_STAND_IN_PERSONA").value_or("Tollmere Player");
+    return support::Variable("STEAM_STAND_IN_PERSONA").value_or("Tollmere Player");
 }
 
 bool IsLoggedOn() {
     constexpr char kVariable[] = "STEAM_STAND_IN_LOGGED_ON";
-    const std::string value = surroundings::Variable(kVariable).value_or("1");
+    const std::string value = support::Variable(kVariable).value_or("1");
     if (value != "0" && value != "1") Reject(kVariable, value);
     return value != "0";
 }
@@ -114,7 +114,7 @@ bool IsLoggedOn() {
 std::string Ticket() {
     constexpr char kVariable[] = "STEAM_STAND_IN_TICKET";
     constexpr char kDefault[] = "14000000DEADBEEF000102030405060708090A0B";
-    const std::string value = surroundings::Variable(kVariable).value_or(kDefault);
+    const std::string value = support::Variable(kVariable).value_or(kDefault);
     const std::optional<std::string> bytes = FromHex(value);
     if (bytes) return *bytes;
     Reject(kVariable, value);
@@ -123,7 +123,7 @@ std::string Ticket() {
 
 std::optional<std::uint32_t> TicketLength() {
     constexpr char kVariable[] = "STEAM_STAND_IN_TICKET_LENGTH";
-    const std::optional<std::string> value = surroundings::Variable(kVariable);
+    const std::optional<std::string> value = support::Variable(kVariable);
     if (!value) return std::nullopt;
     std::uint32_t length = 0;
     if (ReadNumber(*value, length)) return length;
@@ -134,7 +134,7 @@ std::optional<std::uint32_t> TicketLength() {
 std::vector<Callback> Callbacks() {
     constexpr char kVariable[] = "STEAM_STAND_IN_CALLBACKS";
     // The real client confirms a ticket soon after it was asked for: handle 4097, result 1.
-    const std::string list = surroundings::Variable(kVariable).value_or("1:163:0110000001000000");
+    const std::string list = support::Variable(kVariable).value_or("1:163:0110000001000000");
     std::vector<Callback> callbacks;
     if (list.empty()) return callbacks;
     for (const std::string& entry : Split(list, ';')) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the environment tells the stand-in to do. Each function reads it anew; a value that makes no sense is recorded
+// What the environment tells the stand-in to do. Each call reads it again; a value that makes no sense is recorded
 // as an error and counts as the default. README.md describes the variables.
 
 #include <cstdint>

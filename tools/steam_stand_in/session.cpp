@@ -2,10 +2,10 @@
 
 #include <thread>
 
+#include "support/system.h"
 #include "tools/steam_stand_in/callbacks.h"
 #include "tools/steam_stand_in/record.h"
 #include "tools/steam_stand_in/script.h"
-#include "tools/surroundings/surroundings.h"
 
 namespace session {
 
@@ -20,11 +20,11 @@ std::thread::id g_Thread;
 
 bool Init() {
     if (g_Phase == Phase::Up) RecordError("SteamAPI_Init while up");
-    const std::string appId = surroundings::Variable("SteamAppId").value_or("");
+    const std::string appId = support::Variable("SteamAppId").value_or("");
     if (appId.empty()) RecordError("SteamAPI_Init without SteamAppId");
 
     const bool succeeds = script::InitSucceeds();
-    std::string line = "SteamAPI_Init directory=" + surroundings::CurrentDirectory();
+    std::string line = "SteamAPI_Init directory=" + support::CurrentDirectory();
     Record(line.append(" SteamAppId=").append(appId).append(succeeds ? " -> true" : " -> false"));
     if (succeeds) {
         g_Phase = Phase::Up;

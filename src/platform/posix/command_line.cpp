@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/text_conversion.h"
 #include "platform/posix/windows_calls.h"
@@ -109,12 +112,14 @@ std::u16string OwnCommandLine() {
 }  // namespace
 
 LPWSTR GetCommandLineW() {
-    static std::u16string& line = *new std::u16string(OwnCommandLine());
-    return line.data();
+    const SystemAllocations scope;
+    static NoDestructor<std::u16string> line(OwnCommandLine());
+    return line->data();
 }
 
 // One block: the pointers, a null behind them, then the texts.
 LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return nullptr;
     const std::vector<std::u16string> arguments =
         *commandLine != 0 ? Splitter(commandLine).Split() : std::vector{ToWide(ReadLink("/proc/self/exe"))};
@@ -122,10 +127,7 @@ LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count) {
     for (const std::u16string& argument : arguments) characters += argument.size() + 1;
     const std::size_t pointers = (arguments.size() + 1) * sizeof(LPWSTR);
     void* const block = std::malloc(pointers + characters * sizeof(WCHAR));
-    if (block == nullptr) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
+    if (block == nullptr) return WithLastError(ERROR_NOT_ENOUGH_MEMORY, nullptr);
     auto* const result = static_cast<LPWSTR*>(block);
     auto* next = reinterpret_cast<LPWSTR>(static_cast<char*>(block) + pointers);
     for (std::size_t i = 0; i < arguments.size(); ++i) {

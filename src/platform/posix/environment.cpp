@@ -8,7 +8,10 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/text_conversion.h"
 #include "platform/posix/windows_calls.h"
@@ -16,8 +19,8 @@
 namespace posix_layer {
 
 std::mutex& EnvironmentLock() {
-    static std::mutex& lock = *new std::mutex;
-    return lock;
+    static NoDestructor<std::mutex> lock;
+    return *lock;
 }
 
 std::optional<std::string> GetVariable(const char* name) {
@@ -51,22 +54,18 @@ DWORD CopyOrSize(const std::basic_string<Character>& text, Character* buffer, DW
 using namespace posix_layer;
 
 DWORD GetEnvironmentVariableA(const char* name, char* value, DWORD size) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return 0;
     const std::optional<std::string> found = GetVariable(name);
-    if (!found) {
-        SetLastError(ERROR_ENVVAR_NOT_FOUND);
-        return 0;
-    }
+    if (!found) return WithLastError(ERROR_ENVVAR_NOT_FOUND, DWORD{0});
     return CopyOrSize(*found, value, size);
 }
 
 DWORD GetEnvironmentVariableW(LPCWSTR name, LPWSTR value, DWORD size) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return 0;
     const std::optional<std::string> found = GetVariable(ToUtf8(name).c_str());
-    if (!found) {
-        SetLastError(ERROR_ENVVAR_NOT_FOUND);
-        return 0;
-    }
+    if (!found) return WithLastError(ERROR_ENVVAR_NOT_FOUND, DWORD{0});
     return CopyOrSize(ToWide(*found), value, size);
 }
 
@@ -79,6 +78,7 @@ BOOL SetEnvironmentVariableA(const char* name, const char* value) {
 }
 
 DWORD GetCurrentDirectoryW(DWORD size, LPWSTR path) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return 0;
     char directory[PATH_MAX];
     if (getcwd(directory, sizeof directory) == nullptr) {
@@ -89,6 +89,7 @@ DWORD GetCurrentDirectoryW(DWORD size, LPWSTR path) {
 }
 
 BOOL SetCurrentDirectoryW(LPCWSTR path) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const std::string directory = ToNativePath(path);
     if (chdir(directory.c_str()) == 0) return TRUE;

@@ -1,9 +1,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/events.h"
 #include "platform/posix/fault_check.h"
 #include "platform/posix/handle_table.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/registered_waits.h"
 #include "platform/posix/wait_thread.h"
 #include "platform/posix/windows_calls.h"
@@ -11,11 +13,9 @@
 using namespace posix_layer;
 
 HANDLE CreateEventW(SECURITY_ATTRIBUTES*, BOOL manualReset, BOOL initialState, LPCWSTR name) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return nullptr;
-    if (name != nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
+    if (name != nullptr) return WithLastError(ERROR_INVALID_PARAMETER, nullptr);
     return AddHandle(std::make_shared<Event>(manualReset != FALSE, initialState != FALSE));
 }
 
@@ -30,6 +30,7 @@ BOOL SetEvent(HANDLE event) {
 
 BOOL RegisterWaitForSingleObject(HANDLE* newWait, HANDLE object, WAITORTIMERCALLBACK callback, void* context,
                                  ULONG milliseconds, ULONG flags) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const auto wait = std::make_shared<RegisteredWait>();
     wait->event = Find<Event>(object);
@@ -50,23 +51,14 @@ BOOL RegisterWaitForSingleObject(HANDLE* newWait, HANDLE object, WAITORTIMERCALL
 BOOL UnregisterWaitEx(HANDLE wait, HANDLE completionEvent) {
     if (Faulted(__func__)) return FALSE;
     const bool blocks = completionEvent == INVALID_HANDLE_VALUE;
-    if (!blocks && completionEvent != nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
+    if (!blocks && completionEvent != nullptr) return WithLastError(ERROR_INVALID_PARAMETER, FALSE);
     const auto object = Find<RegisteredWait>(wait);
-    if (object == nullptr || RemoveHandle(wait) == nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
+    if (object == nullptr || RemoveHandle(wait) == nullptr) return WithLastError(ERROR_INVALID_HANDLE, FALSE);
     std::unique_lock lock(LayerLock());
     RemoveWait(*object);
-    if (!IsRunning(*object)) return TRUE;
-    if (!blocks) {
-        SetLastError(ERROR_IO_PENDING);
-        return FALSE;
-    }
-    if (IsWaitThread()) {
+    if (!object->running) return TRUE;
+    if (!blocks) return WithLastError(ERROR_IO_PENDING, FALSE);
+    if (IsInCallback()) {
         std::fputs("UnregisterWaitEx: a callback waits for its own end\n", stderr);
         std::abort();
     }

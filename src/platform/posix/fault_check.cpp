@@ -8,7 +8,9 @@
 #include <numeric>
 #include <sstream>
 #include <string>
+#include <utility>
 
+#include "platform/no_destructor.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/testing/faults.h"
 #include "platform/posix/windows_calls.h"
@@ -20,6 +22,7 @@ namespace {
 struct Fault {
     DWORD code;
     int skip;
+    std::function<void()> action;  // if there is one, it runs, and the call doesn't fail
 };
 
 class FaultTable {
@@ -34,28 +37,28 @@ class FaultTable {
             std::getline(fields, name, ':');
             std::getline(fields, code, ':');
             std::getline(fields, skip, ':');
-            Add(name, static_cast<DWORD>(std::strtoul(code.c_str(), nullptr, 0)), std::atoi(skip.c_str()));
+            Add(name, {static_cast<DWORD>(std::strtoul(code.c_str(), nullptr, 0)), std::atoi(skip.c_str()), nullptr});
         }
     }
 
-    void Add(const std::string& name, DWORD code, int skip) {
+    void Add(const std::string& name, Fault fault) {
         const std::lock_guard lock(m_Lock);
-        m_Faults[name].push_back({code, skip});
+        m_Faults[name].push_back(std::move(fault));
         m_Empty = false;
     }
 
-    std::optional<DWORD> Take(const char* name) {
+    std::optional<Fault> Take(const char* name) {
         if (m_Empty) return std::nullopt;
         const std::lock_guard lock(m_Lock);
         const auto found = m_Faults.find(name);
         if (found == m_Faults.end()) return std::nullopt;
         std::deque<Fault>& queue = found->second;
         if (queue.front().skip-- > 0) return std::nullopt;
-        const DWORD code = queue.front().code;
+        Fault fault = std::move(queue.front());
         queue.pop_front();
         if (queue.empty()) m_Faults.erase(found);
         m_Empty = m_Faults.empty();
-        return code;
+        return fault;
     }
 
     int Count() {
@@ -76,16 +79,19 @@ class FaultTable {
     std::map<std::string, std::deque<Fault>, std::less<>> m_Faults;
 };
 
-// Never destroyed: the wait thread may outlive the process's statics.
 FaultTable& Faults() {
-    static FaultTable& table = *new FaultTable;
-    return table;
+    static NoDestructor<FaultTable> table;
+    return *table;
 }
 
 }  // namespace
 
 std::optional<DWORD> TakeFault(const char* name) {
-    return Faults().Take(name);
+    const std::optional<Fault> fault = Faults().Take(name);
+    if (!fault) return std::nullopt;
+    if (fault->action == nullptr) return fault->code;
+    fault->action();
+    return std::nullopt;
 }
 
 bool Faulted(const char* name) {
@@ -99,7 +105,11 @@ bool Faulted(const char* name) {
 namespace platform_testing {
 
 void FailCall(const char* name, DWORD code, int skip) {
-    posix_layer::Faults().Add(name, code, skip);
+    posix_layer::Faults().Add(name, {code, skip, nullptr});
+}
+
+void RunBefore(const char* name, std::function<void()> action) {
+    posix_layer::Faults().Add(name, {ERROR_SUCCESS, 0, std::move(action)});
 }
 
 int PendingFaultCount() {

@@ -8,7 +8,7 @@
 
 namespace posix_layer {
 
-// The code that this call of `name` is to fail with, which is thereby used up.
+// The code that this call of `name` is to fail with. It is then used up.
 std::optional<DWORD> TakeFault(const char* name);
 
 // True, with the code as the last error, if this call of `name` is to fail.

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,8 +6,10 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
 #include "platform/posix/handle_table.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/pipe_end.h"
 #include "platform/posix/windows_calls.h"
@@ -23,8 +24,6 @@ class File : public Object {
     ~File() override { close(m_Descriptor); }
 
     int Descriptor() const { return m_Descriptor; }
-    // In so many words: a child that is just being started has a copy of the descriptor.
-    void OnClose() override { flock(m_Descriptor, LOCK_UN); }
 
   private:
     const int m_Descriptor;
@@ -53,22 +52,9 @@ int OpenFlags(DWORD access) {
     return reads ? common | O_RDONLY : -1;
 }
 
-// False, with errno, if `descriptor` is no file, or one that others have open in a way that excludes this one.
-bool TakeFile(int descriptor, bool shared) {
+bool IsFolder(int descriptor) {
     struct stat status;
-    if (fstat(descriptor, &status) != 0) return false;
-    errno = EACCES;
-    return !S_ISDIR(status.st_mode) && flock(descriptor, (shared ? LOCK_SH : LOCK_EX) | LOCK_NB) == 0;
-}
-
-// Whether the layer has the file open, in any process: Windows neither deletes nor moves such a file.
-bool IsOpenSomewhere(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return false;
-    const bool open = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    flock(descriptor, LOCK_UN);
-    close(descriptor);
-    return open;
+    return fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // For the calls that take a path: the result of a system call that answers 0, or the last error.
@@ -104,13 +90,12 @@ std::shared_ptr<File> FindForTransfer(HANDLE handle, const OVERLAPPED* overlappe
 
 }  // namespace
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD, HANDLE) {
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD, HANDLE) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return INVALID_HANDLE_VALUE;
     const int flags = OpenFlags(access);
-    if (flags == -1 || (disposition != CREATE_ALWAYS && disposition != OPEN_EXISTING && disposition != OPEN_ALWAYS)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return INVALID_HANDLE_VALUE;
-    }
+    if (flags == -1 || (disposition != CREATE_ALWAYS && disposition != OPEN_EXISTING && disposition != OPEN_ALWAYS))
+        return WithLastError(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
     const std::string native = ToNativePath(path);
     bool existed = false;
     const int descriptor = OpenOrCreate(native, flags, disposition != OPEN_EXISTING, existed);
@@ -119,9 +104,8 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
         return INVALID_HANDLE_VALUE;
     }
     const auto file = std::make_shared<File>(descriptor);
-    const bool shared = (share & FILE_SHARE_READ) != 0 && (flags & O_ACCMODE) == O_RDONLY;
-    // Emptied only when it is ours.
-    if (!TakeFile(descriptor, shared) || (disposition == CREATE_ALWAYS && ftruncate(descriptor, 0) != 0)) {
+    if (IsFolder(descriptor)) return WithLastError(ERROR_ACCESS_DENIED, INVALID_HANDLE_VALUE);
+    if (disposition == CREATE_ALWAYS && ftruncate(descriptor, 0) != 0) {
         SetLastErrorFromErrno(native);
         return INVALID_HANDLE_VALUE;
     }
@@ -130,6 +114,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
 }
 
 BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* count, OVERLAPPED* overlapped) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     if (const auto pipe = std::dynamic_pointer_cast<PipeEnd>(FindObject(file))) {
         return pipe->Read(buffer, size, count, overlapped);
@@ -139,6 +124,7 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* count, OVERLAPPED* o
 }
 
 BOOL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD* count, OVERLAPPED* overlapped) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     if (const auto pipe = std::dynamic_pointer_cast<PipeEnd>(FindObject(file))) {
         return pipe->Write(buffer, size, count, overlapped);
@@ -162,36 +148,26 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
     if (Faulted(__func__)) return INVALID_SET_FILE_POINTER;
     const auto object = Find<File>(file);
     if (object == nullptr) return INVALID_SET_FILE_POINTER;
-    if (method != FILE_END || distanceHigh != nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return INVALID_SET_FILE_POINTER;
-    }
+    if (method != FILE_END || distanceHigh != nullptr)
+        return WithLastError(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     const off_t position = lseek(object->Descriptor(), distance, SEEK_END);
-    if (position < 0 || position >= INVALID_SET_FILE_POINTER) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return INVALID_SET_FILE_POINTER;
-    }
+    if (position < 0 || position >= INVALID_SET_FILE_POINTER)
+        return WithLastError(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     return static_cast<DWORD>(position);
 }
 
 BOOL DeleteFileW(LPCWSTR path) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const std::string native = ToNativePath(path);
-    if (IsOpenSomewhere(native)) {
-        SetLastError(ERROR_SHARING_VIOLATION);
-        return FALSE;
-    }
     return Finish(unlink(native.c_str()), native);
 }
 
 BOOL MoveFileW(LPCWSTR from, LPCWSTR to) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const std::string source = ToNativePath(from);
     const std::string target = ToNativePath(to);
-    if (IsOpenSomewhere(source)) {
-        SetLastError(ERROR_SHARING_VIOLATION);
-        return FALSE;
-    }
     if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return TRUE;
     const int error = errno;
     const bool hasSource = access(source.c_str(), F_OK) == 0;
@@ -202,6 +178,7 @@ BOOL MoveFileW(LPCWSTR from, LPCWSTR to) {
 }
 
 DWORD GetFileAttributesW(LPCWSTR path) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return INVALID_FILE_ATTRIBUTES;
     const std::string native = ToNativePath(path);
     struct stat status;
@@ -210,12 +187,14 @@ DWORD GetFileAttributesW(LPCWSTR path) {
 }
 
 BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const std::string native = ToNativePath(path);
     return Finish(mkdir(native.c_str(), 0777), native);
 }
 
 BOOL PathFileExistsW(LPCWSTR path) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     const std::string native = ToNativePath(path);
     return Finish(access(native.c_str(), F_OK), native);

@@ -3,7 +3,10 @@
 #include <map>
 #include <mutex>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/testing/faults.h"
 
 namespace posix_layer {
@@ -17,10 +20,9 @@ struct HandleTable {
     std::uintptr_t last = 0x40;
 };
 
-// Never destroyed: the wait thread may outlive the process's statics.
 HandleTable& Table() {
-    static HandleTable& table = *new HandleTable;
-    return table;
+    static NoDestructor<HandleTable> table;
+    return *table;
 }
 
 }  // namespace
@@ -54,13 +56,11 @@ std::shared_ptr<Object> RemoveHandle(HANDLE handle) {
 using namespace posix_layer;
 
 BOOL CloseHandle(HANDLE handle) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
     std::shared_ptr<Object> object = FindObject(handle);
     if (object != nullptr && object->IsClosable()) object = RemoveHandle(handle);
-    if (object == nullptr || !object->IsClosable()) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
+    if (object == nullptr || !object->IsClosable()) return WithLastError(ERROR_INVALID_HANDLE, FALSE);
     object->OnClose();
     return TRUE;
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/fault_check.h"
 #include "platform/posix/text_conversion.h"
@@ -31,6 +32,7 @@ std::optional<std::string> Folder(const char* forTests, const char* common, cons
 }  // namespace
 
 HRESULT SHGetKnownFolderPath(const KNOWNFOLDERID& folder, DWORD, HANDLE, LPWSTR* path) {
+    const SystemAllocations scope;
     *path = nullptr;
     if (const auto fault = TakeFault(__func__)) return ToResult(*fault);
     std::optional<std::string> found;

@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/environment.h"
 #include "platform/posix/layer_clock.h"
 #include "platform/posix/message_windows.h"
@@ -45,7 +46,8 @@ LPWSTR Parameters() {
 void ReportToTests() {
     const std::optional<std::string> path = posix_layer::GetVariable("TOLLMERE_TEST_REPORT");
     if (!path) return;
-    std::ofstream(*path) << platform_testing::PendingFaultCount() << ' ' << platform_testing::OpenHandleCount() << '\n';
+    std::ofstream(*path) << platform_testing::PendingFaultCount() << ' ' << platform_testing::OpenHandleCount() << ' '
+                         << platform_testing::AllocationCount() << '\n';
 }
 
 }  // namespace
@@ -55,7 +57,11 @@ int main() {
     signal(SIGPIPE, SIG_IGN);
     TurnSignalsIntoClose(signals);
     posix_layer::WatchClockFifo();
-    const int code = wWinMain(reinterpret_cast<HINSTANCE>(GetModuleHandleW(nullptr)), nullptr, Parameters(), 0);
+    const auto instance = reinterpret_cast<HINSTANCE>(GetModuleHandleW(nullptr));
+    const LPWSTR parameters = Parameters();
+    posix_layer::StartCountingAllocations();
+    const int code = wWinMain(instance, nullptr, parameters, 0);
+    posix_layer::StopCountingAllocations();
     ReportToTests();
     return code;
 }

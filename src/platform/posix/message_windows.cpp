@@ -9,7 +9,10 @@
 #include <string>
 #include <utility>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/windows_calls.h"
 
 static_assert(sizeof(WNDCLASSEXW) == 80);
@@ -39,10 +42,9 @@ struct Windows {
     bool closeRequested = false;
 };
 
-// Never destroyed: other threads may outlive the process's statics.
-Windows& State() {
-    static Windows& windows = *new Windows;
-    return windows;
+Windows& AllWindows() {
+    static NoDestructor<Windows> windows;
+    return *windows;
 }
 
 const std::shared_ptr<Queue>& OwnQueue() {
@@ -52,8 +54,8 @@ const std::shared_ptr<Queue>& OwnQueue() {
 
 // Null, with the last error, if there is no such window. Under the lock.
 Window* FindWindow(HWND window) {
-    const auto found = State().windows.find(window);
-    if (found != State().windows.end()) return &found->second;
+    const auto found = AllWindows().windows.find(window);
+    if (found != AllWindows().windows.end()) return &found->second;
     SetLastError(ERROR_INVALID_WINDOW_HANDLE);
     return nullptr;
 }
@@ -71,7 +73,7 @@ void Post(HWND handle, const Window& window, UINT message, WPARAM wParam, LPARAM
 LRESULT Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     WNDPROC procedure = nullptr;
     {
-        const std::lock_guard lock(State().lock);
+        const std::lock_guard lock(AllWindows().lock);
         const Window* const found = FindWindow(window);
         if (found == nullptr) return 0;
         procedure = found->procedure;
@@ -82,10 +84,11 @@ LRESULT Send(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 }  // namespace
 
 void PostCloseToAllWindows() {
-    Windows& state = State();
-    const std::lock_guard lock(state.lock);
-    state.closeRequested = state.windows.empty();
-    for (const auto& [handle, window] : state.windows) Post(handle, window, WM_CLOSE, 0, 0);
+    const SystemAllocations scope;
+    Windows& all = AllWindows();
+    const std::lock_guard lock(all.lock);
+    all.closeRequested = all.windows.empty();
+    for (const auto& [handle, window] : all.windows) Post(handle, window, WM_CLOSE, 0, 0);
 }
 
 }  // namespace posix_layer
@@ -93,42 +96,39 @@ void PostCloseToAllWindows() {
 using namespace posix_layer;
 
 ATOM RegisterClassExW(const WNDCLASSEXW* windowClass) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return 0;
-    if (windowClass->cbSize != sizeof *windowClass || windowClass->lpfnWndProc == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    Windows& state = State();
-    const std::lock_guard lock(state.lock);
-    if (!state.classes.emplace(windowClass->lpszClassName, windowClass->lpfnWndProc).second) {
-        SetLastError(ERROR_CLASS_ALREADY_EXISTS);
-        return 0;
-    }
-    return static_cast<ATOM>(0xC000 + state.classes.size());
+    if (windowClass->cbSize != sizeof *windowClass || windowClass->lpfnWndProc == nullptr)
+        return WithLastError(ERROR_INVALID_PARAMETER, ATOM{0});
+    Windows& all = AllWindows();
+    const std::lock_guard lock(all.lock);
+    if (!all.classes.emplace(windowClass->lpszClassName, windowClass->lpfnWndProc).second)
+        return WithLastError(ERROR_CLASS_ALREADY_EXISTS, ATOM{0});
+    return static_cast<ATOM>(0xC000 + all.classes.size());
 }
 
 HWND CreateWindowExW(DWORD, LPCWSTR className, LPCWSTR, DWORD, int, int, int, int, HWND parent, HMENU, HINSTANCE,
                      void*) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return nullptr;
-    Windows& state = State();
-    const std::lock_guard lock(state.lock);
-    const auto found = state.classes.find(className);
-    if (found == state.classes.end() || parent != HWND_MESSAGE) {
-        SetLastError(parent != HWND_MESSAGE ? ERROR_INVALID_WINDOW_HANDLE : ERROR_CANNOT_FIND_WND_CLASS);
-        return nullptr;
-    }
-    state.lastWindow += 2;
-    const HWND handle = reinterpret_cast<HWND>(state.lastWindow);
+    Windows& all = AllWindows();
+    const std::lock_guard lock(all.lock);
+    const auto found = all.classes.find(className);
+    if (found == all.classes.end() || parent != HWND_MESSAGE)
+        return WithLastError(parent != HWND_MESSAGE ? ERROR_INVALID_WINDOW_HANDLE : ERROR_CANNOT_FIND_WND_CLASS,
+                             nullptr);
+    all.lastWindow += 2;
+    const HWND handle = reinterpret_cast<HWND>(all.lastWindow);
     const Window window = {found->second, 0, OwnQueue()};
-    state.windows.emplace(handle, window);
-    if (state.closeRequested) Post(handle, window, WM_CLOSE, 0, 0);
-    state.closeRequested = false;
+    all.windows.emplace(handle, window);
+    if (all.closeRequested) Post(handle, window, WM_CLOSE, 0, 0);
+    all.closeRequested = false;
     return handle;
 }
 
 LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
     if (Faulted(__func__)) return 0;
-    const std::lock_guard lock(State().lock);
+    const std::lock_guard lock(AllWindows().lock);
     Window* const found = FindWindow(window);
     if (found != nullptr && index == GWLP_USERDATA) return std::exchange(found->userData, value);
     if (found != nullptr) SetLastError(ERROR_INVALID_INDEX);
@@ -137,7 +137,7 @@ LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
 
 LONG_PTR GetWindowLongPtrW(HWND window, int index) {
     if (Faulted(__func__)) return 0;
-    const std::lock_guard lock(State().lock);
+    const std::lock_guard lock(AllWindows().lock);
     const Window* const found = FindWindow(window);
     if (found != nullptr && index == GWLP_USERDATA) return found->userData;
     if (found != nullptr) SetLastError(ERROR_INVALID_INDEX);
@@ -145,13 +145,11 @@ LONG_PTR GetWindowLongPtrW(HWND window, int index) {
 }
 
 BOOL GetMessageW(MSG* message, HWND window, UINT filterMin, UINT filterMax) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return -1;
-    if (window != nullptr || filterMin != 0 || filterMax != 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return -1;
-    }
+    if (window != nullptr || filterMin != 0 || filterMax != 0) return WithLastError(ERROR_INVALID_PARAMETER, -1);
     Queue& queue = *OwnQueue();
-    std::unique_lock lock(State().lock);
+    std::unique_lock lock(AllWindows().lock);
     queue.changed.wait(lock, [&queue] { return !queue.posted.empty() || queue.quit; });
     if (!queue.posted.empty()) {
         *message = queue.posted.front();
@@ -180,13 +178,14 @@ LRESULT DefWindowProcW(HWND window, UINT message, WPARAM, LPARAM) {
 }
 
 void PostQuitMessage(int exitCode) {
-    const std::lock_guard lock(State().lock);
+    const std::lock_guard lock(AllWindows().lock);
     OwnQueue()->quit = exitCode;
 }
 
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
-    const std::lock_guard lock(State().lock);
+    const std::lock_guard lock(AllWindows().lock);
     const Window* const found = FindWindow(window);
     if (found == nullptr) return FALSE;
     Post(window, *found, message, wParam, lParam);
@@ -196,17 +195,14 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
 BOOL DestroyWindow(HWND window) {
     if (Faulted(__func__)) return FALSE;
     {
-        const std::lock_guard lock(State().lock);
+        const std::lock_guard lock(AllWindows().lock);
         const Window* const found = FindWindow(window);
         if (found == nullptr) return FALSE;
-        if (found->queue != OwnQueue()) {
-            SetLastError(ERROR_ACCESS_DENIED);
-            return FALSE;
-        }
+        if (found->queue != OwnQueue()) return WithLastError(ERROR_ACCESS_DENIED, FALSE);
     }
     Send(window, WM_DESTROY, 0, 0);
-    const std::lock_guard lock(State().lock);
+    const std::lock_guard lock(AllWindows().lock);
     std::erase_if(OwnQueue()->posted, [window](const MSG& message) { return message.hwnd == window; });
-    State().windows.erase(window);
+    AllWindows().windows.erase(window);
     return TRUE;
 }

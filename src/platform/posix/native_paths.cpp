@@ -45,9 +45,6 @@ static DWORD ErrorOf(int error, const std::string& path) {
         case EEXIST:
         case ENOTEMPTY:
             return ERROR_ALREADY_EXISTS;
-        case EWOULDBLOCK:
-        case ETXTBSY:
-            return ERROR_SHARING_VIOLATION;
         case ENOMEM:
         case EMFILE:
         case ENFILE:
@@ -67,6 +64,16 @@ static DWORD ErrorOf(int error, const std::string& path) {
         default:
             return ERROR_GEN_FAILURE;
     }
+}
+
+DWORD CopyPath(const std::string& path, LPWSTR buffer, DWORD size) {
+    const std::u16string wide = ToWide(path);
+    const DWORD length = std::min(static_cast<DWORD>(wide.size()), size - 1);
+    std::copy_n(wide.c_str(), length, buffer);
+    buffer[length] = 0;
+    if (length == wide.size()) return length;
+    SetLastError(ERROR_INSUFFICIENT_BUFFER);
+    return size;
 }
 
 void SetLastErrorFromErrno(const std::string& path) {

@@ -18,4 +18,8 @@ std::string ReadLink(const std::string& link);
 // missing.
 void SetLastErrorFromErrno(const std::string& path = {});
 
+// Windows' rule for paths of modules: one that doesn't fit is cut, with a terminator and ERROR_INSUFFICIENT_BUFFER.
+// `size` is above 0. The result is the length, or `size`.
+DWORD CopyPath(const std::string& path, LPWSTR buffer, DWORD size);
+
 }  // namespace posix_layer

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/posix/events.h"
+#include "platform/posix/last_error.h"
 
 namespace posix_layer {
 
@@ -21,10 +22,7 @@ class OverlappedRequest {
 
     // Resets the event. False, with the last error, if there is no usable one or a request is under way already.
     bool Begin(OVERLAPPED* overlapped) {
-        if (overlapped == nullptr || IsPending()) {
-            SetLastError(ERROR_INVALID_PARAMETER);
-            return false;
-        }
+        if (overlapped == nullptr || IsPending()) return WithLastError(ERROR_INVALID_PARAMETER, false);
         std::shared_ptr<Event> event;
         if (overlapped->hEvent != nullptr) {
             event = Find<Event>(overlapped->hEvent);

@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/posix/last_error.h"
+
 namespace posix_layer {
 
 namespace {
@@ -20,6 +22,11 @@ constexpr DWORD kPipeCapacity = 65536;
 // The system doubles it, counts its own overhead into it, and reports a socket as writable when no more than a quarter
 // is in use. So 64 KiB in few writes always fit, and whoever waits for room is woken up only when there is some.
 constexpr int kSocketBufferSize = 98304;
+
+bool HasEvent(int descriptor, short events) {
+    pollfd entry = {descriptor, events, 0};
+    return poll(&entry, 1, 0) == 1;
+}
 
 // A child that is just being started may have a copy of the descriptor: the other end has to learn of the end at once.
 void EndSocket(int& descriptor, WatchId& watch) {
@@ -56,11 +63,15 @@ bool PipeEnd::Listen() {
 
 void PipeEnd::Accept() {
     if (m_State != State::Listening) return;
-    m_Client = accept4(m_Listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (m_Client < 0) {
+    if (!HasEvent(m_Listener, POLLIN)) {
         ArmWatch(m_ListenerWatch, EPOLLIN);
         return;
     }
+    // One waits, and there is room for no more. It mustn't leave its place to another, who would be let in and then
+    // thrown out: what is shut down refuses all who come, but still gives those who are there.
+    shutdown(m_Listener, SHUT_RD);
+    // Without a descriptor to be had it counts as lost at its first read.
+    m_Client = accept4(m_Listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     // The file stays: who comes while a client is served finds somebody there, who refuses.
     EndSocket(m_Listener, m_ListenerWatch);
     setsockopt(m_Client, SOL_SOCKET, SO_SNDBUF, &kSocketBufferSize, sizeof kSocketBufferSize);
@@ -69,27 +80,20 @@ void PipeEnd::Accept() {
     m_State = State::Connected;
 }
 
-bool PipeEnd::ClientHasGone() const {
-    pollfd entry = {m_Client, 0, 0};
-    return poll(&entry, 1, 0) == 1;
-}
-
 BOOL PipeEnd::Connect(OVERLAPPED* overlapped) {
     const std::lock_guard lock(LayerLock());
     if (!m_Connect.Begin(overlapped)) return FALSE;
     if (m_State == State::Disconnected && !Listen()) return m_Connect.Fail(GetLastError());
     Accept();
-    if (m_State == State::Connected) return m_Connect.Fail(ClientHasGone() ? ERROR_NO_DATA : ERROR_PIPE_CONNECTED);
+    if (m_State == State::Connected)
+        return m_Connect.Fail(HasEvent(m_Client, 0) ? ERROR_NO_DATA : ERROR_PIPE_CONNECTED);
     SetLastError(ERROR_IO_PENDING);
     return FALSE;
 }
 
 BOOL PipeEnd::Disconnect() {
     const std::lock_guard lock(LayerLock());
-    if (m_State == State::Disconnected) {
-        SetLastError(ERROR_PIPE_NOT_CONNECTED);
-        return FALSE;
-    }
+    if (m_State == State::Disconnected) return WithLastError(ERROR_PIPE_NOT_CONNECTED, FALSE);
     EndConnection(STATUS_PIPE_DISCONNECTED);
     return TRUE;
 }

@@ -35,7 +35,6 @@ class PipeEnd : public Object {
     // All of these are called under LayerLock, which guards the members, too.
     bool Listen();
     void Accept();
-    bool ClientHasGone() const;
     void EndConnection(ULONG_PTR status);
     void OnClientReady();
     void ArmForPending();

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/posix/environment.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/windows_calls.h"
 
@@ -33,10 +34,8 @@ std::optional<std::string> OwnFolder() {
     mkdir(path.c_str(), 0700);
     struct stat status;
     if (lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != getuid() ||
-        (status.st_mode & 0077) != 0) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return std::nullopt;
-    }
+        (status.st_mode & 0077) != 0)
+        return WithLastError(ERROR_ACCESS_DENIED, std::nullopt);
     return path;
 }
 
@@ -49,17 +48,11 @@ std::optional<std::string> SocketPath(const std::string& pipeName) {
     const std::size_t prefix = sizeof kNamePrefix - 1;
     const bool valid = pipeName.compare(0, prefix, kNamePrefix) == 0 && pipeName.size() > prefix &&
                        pipeName.find('/') == std::string::npos;
-    if (!valid) {
-        SetLastError(ERROR_INVALID_NAME);
-        return std::nullopt;
-    }
+    if (!valid) return WithLastError(ERROR_INVALID_NAME, std::nullopt);
     const std::optional<std::string> folder = PipeFolder();
     if (!folder) return std::nullopt;
     const std::string path = *folder + "/" + pipeName.substr(prefix);
-    if (path.size() >= sizeof(sockaddr_un::sun_path)) {
-        SetLastError(ERROR_INVALID_NAME);
-        return std::nullopt;
-    }
+    if (path.size() >= sizeof(sockaddr_un::sun_path)) return WithLastError(ERROR_INVALID_NAME, std::nullopt);
     return path;
 }
 

@@ -12,8 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/fault_check.h"
 #include "platform/posix/handle_table.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/text_conversion.h"
 #include "platform/posix/windows_calls.h"
@@ -30,16 +32,10 @@ class Snapshot : public Object {
     explicit Snapshot(std::vector<PROCESSENTRY32W> entries) : m_Entries(std::move(entries)) {}
 
     BOOL Next(PROCESSENTRY32W* entry, bool fromStart) {
-        if (entry->dwSize != sizeof *entry) {
-            SetLastError(ERROR_BAD_LENGTH);
-            return FALSE;
-        }
+        if (entry->dwSize != sizeof *entry) return WithLastError(ERROR_BAD_LENGTH, FALSE);
         const std::lock_guard lock(m_Lock);
         if (fromStart) m_Next = 0;
-        if (m_Next == m_Entries.size()) {
-            SetLastError(ERROR_NO_MORE_FILES);
-            return FALSE;
-        }
+        if (m_Next == m_Entries.size()) return WithLastError(ERROR_NO_MORE_FILES, FALSE);
         *entry = m_Entries[m_Next++];
         return TRUE;
     }
@@ -91,11 +87,9 @@ std::vector<PROCESSENTRY32W> ReadProcessList() {
 }  // namespace
 
 HANDLE CreateToolhelp32Snapshot(DWORD flags, DWORD) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return INVALID_HANDLE_VALUE;
-    if (flags != TH32CS_SNAPPROCESS) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return INVALID_HANDLE_VALUE;
-    }
+    if (flags != TH32CS_SNAPPROCESS) return WithLastError(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
     return AddHandle(std::make_shared<Snapshot>(ReadProcessList()));
 }
 
@@ -112,11 +106,10 @@ BOOL Process32NextW(HANDLE snapshot, PROCESSENTRY32W* entry) {
 }
 
 HANDLE OpenProcess(DWORD, BOOL, DWORD processId) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return nullptr;
-    if (processId == 0 || kill(static_cast<pid_t>(processId), 0) != 0) {
-        SetLastError(processId != 0 && errno == EPERM ? ERROR_ACCESS_DENIED : ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
+    if (processId == 0 || kill(static_cast<pid_t>(processId), 0) != 0)
+        return WithLastError(processId != 0 && errno == EPERM ? ERROR_ACCESS_DENIED : ERROR_INVALID_PARAMETER, nullptr);
     return AddHandle(std::make_shared<OtherProcess>(processId));
 }
 
@@ -129,23 +122,13 @@ BOOL K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* 
     return TRUE;
 }
 
-DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD size) {
+DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE, LPWSTR path, DWORD size) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return 0;
     const auto object = Find<OtherProcess>(process);
     if (object == nullptr) return 0;
-    if (size == 0 || (module != nullptr && module != reinterpret_cast<HMODULE>(process))) {
-        SetLastError(size == 0 ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_HANDLE);
-        return 0;
-    }
-    const std::u16string file = ToWide(ReadLink("/proc/" + std::to_string(object->id) + "/exe"));
-    if (file.empty()) {
-        SetLastErrorFromErrno();
-        return 0;
-    }
-    const DWORD length = std::min(static_cast<DWORD>(file.size()), size - 1);
-    std::copy_n(file.c_str(), length, path);
-    path[length] = 0;
-    if (length == file.size()) return length;
-    SetLastError(ERROR_INSUFFICIENT_BUFFER);
-    return size;
+    const std::string file = ReadLink("/proc/" + std::to_string(object->id) + "/exe");
+    if (!file.empty()) return CopyPath(file, path, size);
+    SetLastErrorFromErrno();
+    return 0;
 }

@@ -7,37 +7,41 @@
 #include <mutex>
 #include <string_view>
 
+#include "platform/no_destructor.h"
 #include "platform/posix/fault_check.h"
-#include "platform/posix/security_identifiers.h"
-#include "platform/posix/testing/surroundings.h"
+#include "platform/posix/last_error.h"
+#include "platform/posix/testing/probe_answers.h"
 #include "platform/posix/windows_calls.h"
 
 using namespace posix_layer;
 
 namespace {
 
-struct Surroundings {
+// What tests have set.
+struct SetAnswers {
     std::mutex lock;
     std::optional<bool> administrator;
     std::optional<DWORD> enableLua;
 };
 
-Surroundings& State() {
-    static Surroundings& state = *new Surroundings;
-    return state;
+SetAnswers& TheSetAnswers() {
+    static NoDestructor<SetAnswers> answers;
+    return *answers;
 }
 
 bool IsAdministrator() {
-    Surroundings& state = State();
-    const std::lock_guard lock(state.lock);
-    return state.administrator.value_or(geteuid() == 0);
+    SetAnswers& answers = TheSetAnswers();
+    const std::lock_guard lock(answers.lock);
+    return answers.administrator.value_or(geteuid() == 0);
 }
 
-bool IsAdministratorsGroup(const SecurityIdentifier& sid) {
-    const BYTE ntAuthority[] = SECURITY_NT_AUTHORITY;
-    return sid.count == 2 && std::memcmp(sid.authority, ntAuthority, sizeof ntAuthority) == 0 &&
-           sid.subAuthorities[0] == SECURITY_BUILTIN_DOMAIN_RID && sid.subAuthorities[1] == DOMAIN_ALIAS_RID_ADMINS;
-}
+// Without padding: they are compared byte by byte.
+struct SecurityIdentifier {
+    BYTE authority[8];
+    DWORD subAuthorities[3];
+};
+constexpr SecurityIdentifier kAdministrators = {SECURITY_NT_AUTHORITY,
+                                                {SECURITY_BUILTIN_DOMAIN_RID, DOMAIN_ALIAS_RID_ADMINS}};
 
 constexpr std::u16string_view kPoliciesKey = u"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Policies\\System";
 constexpr std::u16string_view kEnableLua = u"EnableLUA";
@@ -54,47 +58,31 @@ HKEY PoliciesKey() {
 namespace platform_testing {
 
 void SetAdministrator(std::optional<bool> isMember) {
-    const std::lock_guard lock(State().lock);
-    State().administrator = isMember;
+    const std::lock_guard lock(TheSetAnswers().lock);
+    TheSetAnswers().administrator = isMember;
 }
 
 void SetEnableLua(std::optional<DWORD> value) {
-    const std::lock_guard lock(State().lock);
-    State().enableLua = value;
+    const std::lock_guard lock(TheSetAnswers().lock);
+    TheSetAnswers().enableLua = value;
 }
 
 }  // namespace platform_testing
 
-BOOL AllocateAndInitializeSid(SID_IDENTIFIER_AUTHORITY* authority, BYTE count, DWORD subAuthority0, DWORD subAuthority1,
-                              DWORD subAuthority2, DWORD subAuthority3, DWORD subAuthority4, DWORD subAuthority5,
-                              DWORD subAuthority6, DWORD subAuthority7, PSID* sid) {
+BOOL AllocateAndInitializeSid(SID_IDENTIFIER_AUTHORITY* authority, BYTE, DWORD subAuthority0, DWORD subAuthority1,
+                              DWORD subAuthority2, DWORD, DWORD, DWORD, DWORD, DWORD, PSID* sid) {
     if (Faulted(__func__)) return FALSE;
-    if (count > kMaxSubAuthorities) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    SecurityIdentifier value = {1,
-                                count,
-                                {},
-                                {subAuthority0, subAuthority1, subAuthority2, subAuthority3, subAuthority4,
-                                 subAuthority5, subAuthority6, subAuthority7}};
-    std::memcpy(value.authority, authority->Value, sizeof value.authority);
+    SecurityIdentifier value = {{}, {subAuthority0, subAuthority1, subAuthority2}};
+    std::memcpy(value.authority, authority->Value, sizeof authority->Value);
     *sid = std::malloc(sizeof value);
-    if (*sid == nullptr) {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return FALSE;
-    }
+    if (*sid == nullptr) return WithLastError(ERROR_NOT_ENOUGH_MEMORY, FALSE);
     std::memcpy(*sid, &value, sizeof value);
     return TRUE;
 }
 
-BOOL CheckTokenMembership(HANDLE token, PSID sid, BOOL* isMember) {
+BOOL CheckTokenMembership(HANDLE, PSID sid, BOOL* isMember) {
     if (Faulted(__func__)) return FALSE;
-    if (token != nullptr) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    *isMember = IsAdministratorsGroup(*static_cast<const SecurityIdentifier*>(sid)) && IsAdministrator();
+    *isMember = std::memcmp(sid, &kAdministrators, sizeof kAdministrators) == 0 && IsAdministrator();
     return TRUE;
 }
 
@@ -113,8 +101,8 @@ LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR subKey, DWORD, DWORD, HKEY* result) {
 LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, DWORD*, DWORD* type, BYTE* data, DWORD* size) {
     if (const auto fault = TakeFault(__func__)) return static_cast<LSTATUS>(*fault);
     if (key != PoliciesKey()) return ERROR_INVALID_HANDLE;
-    const std::lock_guard lock(State().lock);
-    const std::optional<DWORD> value = State().enableLua;
+    const std::lock_guard lock(TheSetAnswers().lock);
+    const std::optional<DWORD> value = TheSetAnswers().enableLua;
     if (name != kEnableLua || !value) return ERROR_FILE_NOT_FOUND;
     if (type != nullptr) *type = kDwordType;
     const DWORD room = *size;

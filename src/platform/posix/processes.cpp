@@ -12,9 +12,12 @@
 #include <string>
 #include <vector>
 
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/environment.h"
+#include "platform/posix/error_mode.h"
 #include "platform/posix/fault_check.h"
 #include "platform/posix/handle_table.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/native_paths.h"
 #include "platform/posix/text_conversion.h"
 #include "platform/posix/wait_thread.h"
@@ -70,7 +73,7 @@ class SpawnSettings {
     posix_spawn_file_actions_t m_Actions;
 };
 
-// Nobody waits for the child, so the wait thread takes its end: of this child alone, whatever others there are.
+// Nobody waits for the child, so the wait thread reaps it: this child alone, no other.
 void ReapAtItsEnd(pid_t id) {
     // glibc 2.36 declares its own function for C alone.
     const int process = static_cast<int>(syscall(SYS_pidfd_open, id, 0));
@@ -103,14 +106,9 @@ bool CanStart(const std::string& file, const std::string& directory, bool hasDir
         SetLastErrorFromErrno(file);
         return false;
     }
-    if (!S_ISREG(status.st_mode)) {
-        SetLastError(ERROR_ACCESS_DENIED);
-        return false;
-    }
-    if (hasDirectory && (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))) {
-        SetLastError(ERROR_DIRECTORY);
-        return false;
-    }
+    if (!S_ISREG(status.st_mode)) return WithLastError(ERROR_ACCESS_DENIED, false);
+    if (hasDirectory && (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)))
+        return WithLastError(ERROR_DIRECTORY, false);
     return true;
 }
 
@@ -119,11 +117,10 @@ bool CanStart(const std::string& file, const std::string& directory, bool hasDir
 BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*,
                     BOOL inheritHandles, DWORD flags, void* environment, LPCWSTR currentDirectory, STARTUPINFOW*,
                     PROCESS_INFORMATION* information) {
+    const SystemAllocations scope;
     if (Faulted(__func__)) return FALSE;
-    if (applicationName == nullptr || inheritHandles || flags != 0 || environment != nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
+    if (applicationName == nullptr || inheritHandles || flags != 0 || environment != nullptr)
+        return WithLastError(ERROR_INVALID_PARAMETER, FALSE);
     const bool hasDirectory = currentDirectory != nullptr;
     const std::string directory = hasDirectory ? ToNativePath(currentDirectory) : std::string();
     if (!CanStart(ToNativePath(applicationName), directory, hasDirectory)) return FALSE;
@@ -134,6 +131,7 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine, SECURITY_ATTRIB
     const bool hasArguments = commandLine != nullptr && *commandLine != 0;
     std::vector<std::string> arguments =
         hasArguments ? SplitArguments(commandLine) : std::vector{ToUtf8(applicationName)};
+    ExpectNoDialog(__func__);
     pid_t id = 0;
     errno = SpawnSettings(directory).Spawn(id, file, arguments);
     if (errno != 0) {
@@ -144,6 +142,16 @@ BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine, SECURITY_ATTRIB
     *information = {AddHandle(std::make_shared<StartedProcess>()), AddHandle(std::make_shared<StartedProcess>()),
                     static_cast<DWORD>(id), static_cast<DWORD>(id)};
     return TRUE;
+}
+
+HANDLE GetCurrentProcess() {
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL TerminateProcess(HANDLE process, UINT exitCode) {
+    if (process == GetCurrentProcess()) _exit(static_cast<int>(exitCode));
+    SetLastError(ERROR_INVALID_HANDLE);
+    return FALSE;
 }
 
 DWORD GetCurrentProcessId() {

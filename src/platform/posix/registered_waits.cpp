@@ -4,7 +4,11 @@
 #include <climits>
 #include <condition_variable>
 #include <map>
+#include <thread>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
+#include "platform/posix/environment.h"
 #include "platform/posix/layer_clock.h"
 
 namespace posix_layer {
@@ -17,17 +21,23 @@ struct Waits {
     std::map<std::uint64_t, std::shared_ptr<RegisteredWait>> byNumber;  // in the order of their registration
     std::uint64_t lastAdded = 0;
     std::uint64_t lastFired = 0;
-    std::shared_ptr<RegisteredWait> running;
     std::condition_variable ended;
 };
 
-// Never destroyed: the wait thread outlives the process's statics.
-Waits& State() {
-    static Waits& waits = *new Waits;
-    return waits;
+Waits& AllWaits() {
+    static NoDestructor<Waits> waits;
+    return *waits;
+}
+
+thread_local bool t_IsInCallback = false;
+
+bool HasThreadForEachCall() {
+    static const bool has = GetVariable("TOLLMERE_TEST_WAIT_THREADS") == "each";
+    return has;
 }
 
 bool IsDue(const RegisteredWait& wait, TimePoint now) {
+    if (wait.running) return false;
     return wait.event->IsSignalled() || (wait.deadline && *wait.deadline <= now);
 }
 
@@ -37,41 +47,51 @@ void SetDeadline(RegisteredWait& wait) {
 
 // In turns, so that none that is always due keeps the others from firing.
 auto NextDue() {
-    auto& waits = State().byNumber;
+    auto& waits = AllWaits().byNumber;
     const TimePoint now = SteadyNow();
     const auto isDue = [now](const auto& entry) { return IsDue(*entry.second, now); };
-    const auto turn = waits.upper_bound(State().lastFired);
+    const auto turn = waits.upper_bound(AllWaits().lastFired);
     const auto found = std::find_if(turn, waits.end(), isDue);
     if (found != waits.end()) return found;
     const auto early = std::find_if(waits.begin(), turn, isDue);
     return early == turn ? waits.end() : early;
 }
 
+void Call(const std::shared_ptr<RegisteredWait>& wait, bool signalled) {
+    t_IsInCallback = true;
+    wait->callback(wait->context, signalled ? 0 : 1);
+    t_IsInCallback = false;
+    const std::lock_guard lock(LayerLock());
+    wait->running = false;
+    AllWaits().ended.notify_all();
+    WakeWaitThread();
+}
+
 }  // namespace
 
 void AddWait(std::shared_ptr<RegisteredWait> wait) {
-    Waits& waits = State();
+    Waits& waits = AllWaits();
     SetDeadline(*wait);
     waits.byNumber[++waits.lastAdded] = std::move(wait);
     WakeWaitThread();
 }
 
 void RemoveWait(const RegisteredWait& wait) {
-    std::erase_if(State().byNumber, [&wait](const auto& entry) { return entry.second.get() == &wait; });
+    std::erase_if(AllWaits().byNumber, [&wait](const auto& entry) { return entry.second.get() == &wait; });
 }
 
-bool IsRunning(const RegisteredWait& wait) {
-    return State().running.get() == &wait;
+bool IsInCallback() {
+    return t_IsInCallback;
 }
 
 void AwaitEnd(const RegisteredWait& wait, std::unique_lock<std::mutex>& lock) {
-    State().ended.wait(lock, [&wait] { return !IsRunning(wait); });
+    AllWaits().ended.wait(lock, [&wait] { return !wait.running; });
 }
 
 int MillisecondsToNextWait() {
     const TimePoint now = SteadyNow();
     std::optional<TimePoint> first;
-    for (const auto& [number, wait] : State().byNumber) {
+    for (const auto& [number, wait] : AllWaits().byNumber) {
         if (IsDue(*wait, now)) return 0;
         if (wait->deadline && (!first || *wait->deadline < *first)) first = wait->deadline;
     }
@@ -81,25 +101,28 @@ int MillisecondsToNextWait() {
 }
 
 void RunOneWait(std::unique_lock<std::mutex>& lock) {
-    Waits& waits = State();
+    Waits& waits = AllWaits();
     const auto due = NextDue();
     if (due == waits.byNumber.end()) return;
     waits.lastFired = due->first;
-    waits.running = due->second;
-    RegisteredWait& wait = *waits.running;
-    const bool signalled = wait.event->IsSignalled();
-    if (signalled) wait.event->Consume();
-    if (wait.onlyOnce) {
+    const std::shared_ptr<RegisteredWait> wait = due->second;
+    wait->running = true;
+    const bool signalled = wait->event->IsSignalled();
+    if (signalled) wait->event->Consume();
+    if (wait->onlyOnce) {
         waits.byNumber.erase(due);
     } else {
-        SetDeadline(wait);
+        SetDeadline(*wait);
     }
 
     lock.unlock();
-    wait.callback(wait.context, signalled ? 0 : 1);
+    if (HasThreadForEachCall()) {
+        const SystemAllocations scope;
+        std::thread(Call, wait, signalled).detach();
+    } else {
+        Call(wait, signalled);
+    }
     lock.lock();
-    waits.running = nullptr;
-    waits.ended.notify_all();
 }
 
 }  // namespace posix_layer

@@ -1,6 +1,10 @@
 #pragma once
 
-// The waits that are registered, and the one callback that is running. Everything is called under LayerLock.
+// The waits that are registered, and their callbacks. Everything but IsInCallback is called under LayerLock.
+//
+// All callbacks run on the wait thread, one after another. With TOLLMERE_TEST_WAIT_THREADS=each in the environment each
+// call has a thread of its own instead, and only those of one wait come one after another: a program that needs more
+// order than that is found out.
 
 #include <chrono>
 #include <memory>
@@ -21,6 +25,7 @@ struct RegisteredWait : Object {
     bool onlyOnce = false;
     // On the layer's clock; kept by AddWait and RunOneWait.
     std::optional<std::chrono::steady_clock::time_point> deadline;
+    bool running = false;  // its callback; kept by RunOneWait
 };
 
 void AddWait(std::shared_ptr<RegisteredWait> wait);
@@ -28,13 +33,14 @@ void AddWait(std::shared_ptr<RegisteredWait> wait);
 // The wait never fires again; a callback that is running goes on. A wait that has fired for good need not be there.
 void RemoveWait(const RegisteredWait& wait);
 
-bool IsRunning(const RegisteredWait& wait);
+// The calling thread is inside the callback of a wait.
+bool IsInCallback();
 
-// Waits until the callback isn't running. Never on the wait thread.
+// Waits until the callback isn't running. Never inside a callback: in the usual mode it would wait for its own end.
 void AwaitEnd(const RegisteredWait& wait, std::unique_lock<std::mutex>& lock);
 
 // For the wait thread alone.
 int MillisecondsToNextWait();                         // 0 if one is due, -1 if there is nothing to wait for
-void RunOneWait(std::unique_lock<std::mutex>& lock);  // if one is due; without the lock while the callback runs
+void RunOneWait(std::unique_lock<std::mutex>& lock);  // if one is due; without the lock meanwhile
 
 }  // namespace posix_layer

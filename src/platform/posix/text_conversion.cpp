@@ -1,8 +1,5 @@
 #include "platform/posix/text_conversion.h"
 
-#include <algorithm>
-#include <cstdint>
-
 namespace posix_layer {
 
 namespace {
@@ -99,16 +96,7 @@ std::string ToUtf8(std::u16string_view wide) {
 std::u16string ToWide(std::string_view narrow) {
     std::u16string wide;
     wide.reserve(narrow.size());
-    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
-    for (std::size_t at = 0; at < narrow.size();) {
-        const std::string_view rest = narrow.substr(at);
-        const auto asciiEnd = std::find_if_not(rest.begin(), rest.end(), isAscii);
-        const auto ascii = static_cast<std::size_t>(asciiEnd - rest.begin());
-        wide.resize(wide.size() + ascii);
-        std::copy(rest.begin(), asciiEnd, wide.end() - (asciiEnd - rest.begin()));
-        at += ascii;
-        if (at < narrow.size()) AppendUtf16(wide, NextCharacter(narrow, at));
-    }
+    for (std::size_t at = 0; at < narrow.size();) AppendUtf16(wide, NextCharacter(narrow, at));
     return wide;
 }
 

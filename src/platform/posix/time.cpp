@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "platform/posix/fault_check.h"
+#include "platform/posix/last_error.h"
 #include "platform/posix/layer_clock.h"
 #include "platform/posix/windows_calls.h"
 
@@ -23,18 +24,12 @@ FILETIME ToFileTime(std::chrono::system_clock::duration sinceUnixEpoch) {
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
-// The system takes its time over the time zone; what it said holds for the whole second.
-template <tm* (*breakDown)(const time_t*, tm*)>
-void GetBrokenDownTime(SYSTEMTIME* time) {
+void GetBrokenDownTime(tm* (*breakDown)(const time_t*, tm*), SYSTEMTIME* time) {
     const auto now = std::chrono::floor<Milliseconds>(SystemNow());
     const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
     const time_t value = std::chrono::system_clock::to_time_t(seconds);
-    thread_local time_t known = -1;
-    thread_local tm fields = {};
-    if (value != known) {
-        breakDown(&value, &fields);
-        known = value;
-    }
+    tm fields = {};
+    breakDown(&value, &fields);
     time->wYear = static_cast<WORD>(fields.tm_year + 1900);
     time->wMonth = static_cast<WORD>(fields.tm_mon + 1);
     time->wDayOfWeek = static_cast<WORD>(fields.tm_wday);
@@ -48,11 +43,11 @@ void GetBrokenDownTime(SYSTEMTIME* time) {
 }  // namespace
 
 void GetLocalTime(SYSTEMTIME* time) {
-    GetBrokenDownTime<localtime_r>(time);
+    GetBrokenDownTime(localtime_r, time);
 }
 
 void GetSystemTime(SYSTEMTIME* time) {
-    GetBrokenDownTime<gmtime_r>(time);
+    GetBrokenDownTime(gmtime_r, time);
 }
 
 void GetSystemTimeAsFileTime(FILETIME* time) {
@@ -64,10 +59,8 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime) {
     const std::chrono::year_month_day date(std::chrono::year(time->wYear), std::chrono::month(time->wMonth),
                                            std::chrono::day(time->wDay));
     if (time->wYear < 1601 || !date.ok() || time->wHour > 23 || time->wMinute > 59 || time->wSecond > 59 ||
-        time->wMilliseconds > 999) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
+        time->wMilliseconds > 999)
+        return WithLastError(ERROR_INVALID_PARAMETER, FALSE);
     // In 100 ns from the start: in nanoseconds the range of years would be too small.
     const auto ticks = Ticks(std::chrono::sys_days(date).time_since_epoch()) + kFileTimeToUnix +
                        std::chrono::hours(time->wHour) + std::chrono::minutes(time->wMinute) +

@@ -11,6 +11,8 @@
 #include <system_error>
 #include <thread>
 
+#include "platform/no_destructor.h"
+#include "platform/posix/allocation_faults.h"
 #include "platform/posix/registered_waits.h"
 #include "platform/posix/windows_calls.h"
 
@@ -42,35 +44,35 @@ struct WaitThread {
 
 thread_local bool t_IsWaitThread = false;
 
-// Never destroyed: the thread outlives the process's statics.
-WaitThread& State() {
-    static WaitThread& state = *new WaitThread;
-    return state;
+WaitThread& TheWaitThread() {
+    static NoDestructor<WaitThread> state;
+    return *state;
 }
 
 void OnReady(WatchId id) {
-    WaitThread& state = State();
+    const SystemAllocations scope;
+    WaitThread& thread = TheWaitThread();
     if (id == kNoWatch) {
         eventfd_t ignored;
-        eventfd_read(state.wake, &ignored);
+        eventfd_read(thread.wake, &ignored);
         return;
     }
     // Not there any more if an event of the same round has removed it.
-    const auto found = state.watches.find(id);
-    if (found == state.watches.end()) return;
+    const auto found = thread.watches.find(id);
+    if (found == thread.watches.end()) return;
     const std::function<void()> onReady = found->second.onReady;
     onReady();
 }
 
 [[noreturn]] void Run() {
     t_IsWaitThread = true;
-    WaitThread& state = State();
-    std::unique_lock lock(state.lock);
+    WaitThread& thread = TheWaitThread();
+    std::unique_lock lock(thread.lock);
     for (;;) {
         const int timeout = MillisecondsToNextWait();
         lock.unlock();
         epoll_event events[16];
-        const int count = epoll_wait(state.epoll, events, 16, timeout);
+        const int count = epoll_wait(thread.epoll, events, 16, timeout);
         lock.lock();
         for (int i = 0; i < count; ++i) OnReady(events[i].data.u64);
         // One at a time, so that a wait that fires again and again keeps neither the sockets nor the others waiting.
@@ -81,62 +83,58 @@ void OnReady(WatchId id) {
 }  // namespace
 
 std::mutex& LayerLock() {
-    return State().lock;
+    return TheWaitThread().lock;
 }
 
 bool StartWaitThread() {
-    WaitThread& state = State();
-    if (state.started) return true;
+    WaitThread& thread = TheWaitThread();
+    if (thread.started) return true;
     // The thread inherits the mask: a signal is for the program's own threads.
     sigset_t all, before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
     try {
         std::thread(Run).detach();
-        state.started = true;
+        thread.started = true;
     } catch (const std::system_error&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return state.started;
+    return thread.started;
 }
 
 void WakeWaitThread() {
     // The thread itself looks at everything before it sleeps.
-    if (!t_IsWaitThread) eventfd_write(State().wake, 1);
-}
-
-bool IsWaitThread() {
-    return t_IsWaitThread;
+    if (!t_IsWaitThread) eventfd_write(TheWaitThread().wake, 1);
 }
 
 WatchId AddWatch(int descriptor, std::function<void()> onReady) {
     StartWaitThread();
-    WaitThread& state = State();
-    const WatchId id = ++state.lastWatch;
-    state.watches[id] = {descriptor, std::move(onReady)};
+    WaitThread& thread = TheWaitThread();
+    const WatchId id = ++thread.lastWatch;
+    thread.watches[id] = {descriptor, std::move(onReady)};
     epoll_event event = {};
     event.events = EPOLLONESHOT;
     event.data.u64 = id;
-    epoll_ctl(state.epoll, EPOLL_CTL_ADD, descriptor, &event);
+    epoll_ctl(thread.epoll, EPOLL_CTL_ADD, descriptor, &event);
     return id;
 }
 
 void ArmWatch(WatchId id, std::uint32_t events) {
-    WaitThread& state = State();
-    const auto found = state.watches.find(id);
-    if (found == state.watches.end()) return;
+    WaitThread& thread = TheWaitThread();
+    const auto found = thread.watches.find(id);
+    if (found == thread.watches.end()) return;
     epoll_event event = {};
     // One shot: the end of a connection is reported always, and would be reported for ever to nobody.
     event.events = events | EPOLLONESHOT;
     event.data.u64 = id;
-    epoll_ctl(state.epoll, EPOLL_CTL_MOD, found->second.descriptor, &event);
+    epoll_ctl(thread.epoll, EPOLL_CTL_MOD, found->second.descriptor, &event);
 }
 
 void RemoveWatch(WatchId id) {
-    WaitThread& state = State();
-    const auto node = state.watches.extract(id);
-    if (!node.empty()) epoll_ctl(state.epoll, EPOLL_CTL_DEL, node.mapped().descriptor, nullptr);
+    WaitThread& thread = TheWaitThread();
+    const auto node = thread.watches.extract(id);
+    if (!node.empty()) epoll_ctl(thread.epoll, EPOLL_CTL_DEL, node.mapped().descriptor, nullptr);
 }
 
 }  // namespace posix_layer

@@ -1,7 +1,8 @@
 #pragma once
 
-// The one thread that runs the callbacks of registered waits, and moves what is pending on sockets. It is started on
-// first use, takes no signals, and runs as long as the process: past the end of its statics, too.
+// The one thread that runs the callbacks of registered waits, or starts a thread for each, and moves what is pending on
+// sockets. It is started on first use, takes no signals, and runs as long as the process: past the end of its statics,
+// too.
 //
 // Everything here but LayerLock and WakeWaitThread is called under LayerLock.
 
@@ -17,10 +18,8 @@ std::mutex& LayerLock();
 // False, with the last error ERROR_NOT_ENOUGH_MEMORY, if there is no such thread and it can't be started.
 bool StartWaitThread();
 
-// Has the thread look anew at what there is to do. Any thread, with or without LayerLock.
+// Makes the thread re-evaluate what there is to do. Any thread, with or without LayerLock.
 void WakeWaitThread();
-
-bool IsWaitThread();
 
 using WatchId = std::uint64_t;
 inline constexpr WatchId kNoWatch = 0;

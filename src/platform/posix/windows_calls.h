@@ -54,6 +54,8 @@ LPWSTR* CommandLineToArgvW(LPCWSTR commandLine, int* count);
 BOOL CreateProcessW(LPCWSTR applicationName, LPWSTR commandLine, SECURITY_ATTRIBUTES* processAttributes,
                     SECURITY_ATTRIBUTES* threadAttributes, BOOL inheritHandles, DWORD flags, void* environment,
                     LPCWSTR currentDirectory, STARTUPINFOW* startupInfo, PROCESS_INFORMATION* information);
+HANDLE GetCurrentProcess();
+BOOL TerminateProcess(HANDLE process, UINT exitCode);
 DWORD GetCurrentProcessId();
 DWORD GetCurrentThreadId();
 
@@ -74,6 +76,7 @@ BOOL K32EnumProcessModules(HANDLE process, HMODULE* modules, DWORD size, DWORD* 
 DWORD K32GetModuleFileNameExW(HANDLE process, HMODULE module, LPWSTR path, DWORD size);
 
 // Modules, environment, directories.
+BOOL SetThreadErrorMode(DWORD mode, DWORD* before);
 HMODULE LoadLibraryExW(LPCWSTR path, HANDLE reserved, DWORD flags);
 FARPROC GetProcAddress(HMODULE module, const char* name);
 BOOL FreeLibrary(HMODULE module);

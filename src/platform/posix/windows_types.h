@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/posix/windows_error_codes.h"
+
 #define WINAPI
 #define CALLBACK
 
@@ -46,45 +48,6 @@ inline constexpr DWORD MAX_PATH = 260;
 inline constexpr HRESULT S_OK = 0;
 // A macro as on Windows: no pointer with all bits set can be a constant expression.
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1)))
-
-// Error codes.
-inline constexpr DWORD ERROR_SUCCESS = 0;
-inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
-inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
-inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
-inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
-inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
-inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
-inline constexpr DWORD ERROR_BAD_LENGTH = 24;
-inline constexpr DWORD ERROR_GEN_FAILURE = 31;
-inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
-inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
-inline constexpr DWORD ERROR_BROKEN_PIPE = 109;
-inline constexpr DWORD ERROR_DISK_FULL = 112;
-inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
-inline constexpr DWORD ERROR_INVALID_NAME = 123;
-inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
-inline constexpr DWORD ERROR_PROC_NOT_FOUND = 127;
-inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
-inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
-inline constexpr DWORD ERROR_ENVVAR_NOT_FOUND = 203;
-inline constexpr DWORD ERROR_PIPE_BUSY = 231;
-inline constexpr DWORD ERROR_NO_DATA = 232;
-inline constexpr DWORD ERROR_PIPE_NOT_CONNECTED = 233;
-inline constexpr DWORD ERROR_MORE_DATA = 234;
-inline constexpr DWORD ERROR_DIRECTORY = 267;
-inline constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
-inline constexpr DWORD ERROR_PIPE_CONNECTED = 535;
-inline constexpr DWORD ERROR_PIPE_LISTENING = 536;
-inline constexpr DWORD ERROR_OPERATION_ABORTED = 995;
-inline constexpr DWORD ERROR_IO_INCOMPLETE = 996;
-inline constexpr DWORD ERROR_IO_PENDING = 997;
-inline constexpr DWORD ERROR_NO_TOKEN = 1008;
-inline constexpr DWORD ERROR_UNKNOWN_REVISION = 1305;
-inline constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
-inline constexpr DWORD ERROR_CANNOT_FIND_WND_CLASS = 1407;
-inline constexpr DWORD ERROR_CLASS_ALREADY_EXISTS = 1410;
-inline constexpr DWORD ERROR_INVALID_INDEX = 1413;
 
 // Windows and messages.
 inline constexpr UINT WM_DESTROY = 0x0002;
@@ -226,6 +189,7 @@ inline constexpr DWORD TH32CS_SNAPPROCESS = 0x2;
 inline constexpr DWORD SYNCHRONIZE = 0x100000;
 inline constexpr DWORD PROCESS_QUERY_INFORMATION = 0x400;
 inline constexpr DWORD PROCESS_VM_READ = 0x10;
+inline constexpr DWORD SEM_FAILCRITICALERRORS = 0x1;
 inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x8;
 
 // Files and known folders.

@@ -13,8 +13,6 @@ inline constexpr std::uint8_t ClassSpace = 1 << 1;    // tab, line feed, vertica
 inline constexpr std::uint8_t ClassEscape = 1 << 2;   // what may follow a backslash, but for u
 inline constexpr std::uint8_t ClassHex = 1 << 3;
 inline constexpr std::uint8_t ClassDigit = 1 << 4;
-inline constexpr std::uint8_t ClassStructural = 1 << 5;  // structures a text, of JSON and of the key=value form
-inline constexpr std::uint8_t ClassPlain = 1 << 6;  // stands for itself in a string, with nothing to be done about it
 
 constexpr std::array<std::uint8_t, 128> MakeCharClass() {
     std::array<std::uint8_t, 128> table = {};
@@ -24,25 +22,19 @@ constexpr std::array<std::uint8_t, 128> MakeCharClass() {
             entry = static_cast<std::uint8_t>(entry | bit);
         }
     };
-    for (std::size_t i = 0; i < 32; ++i) {
-        table[i] = ClassControl;
-    }
+    for (std::size_t i = 0; i < 32; ++i) table[i] = ClassControl;
     table[127] = ClassControl;
-    for (std::size_t i = 32; i < 127; ++i) {
-        if (i != '"' && i != '\\') table[i] = ClassPlain;
-    }
     add("\t\n\v\r ", ClassSpace);
     add("\"/\\bfnrt", ClassEscape);
     add("0123456789ABCDEFabcdef", ClassHex);
     add("0123456789", ClassDigit);
-    add("{}[]=,:", ClassStructural);
     return table;
 }
 
 inline constexpr std::array<std::uint8_t, 128> CharClass = MakeCharClass();
 
-// Turns the sum of a UTF-8 sequence into its code point: the entry for the length in bytes, less one, is
-// subtracted. The sum is made by shifting left by 6 and adding each whole character.
+// Turns the sum of a UTF-8 sequence into its code point: the entry for the length in bytes, less one, is subtracted.
+// The sum is made by shifting left by 6 and adding each whole byte.
 inline constexpr std::array<std::uint32_t, 4> Utf8Offsets = {0, 0x3080, 0xE2080, 0x3C82080};
 
 // Whether a character has one of `classes`. From 0x80 on it has none.
@@ -51,4 +43,9 @@ constexpr bool HasClass(std::uint32_t codePoint, std::uint8_t classes) {
 }
 constexpr bool HasClass(char character, std::uint8_t classes) {
     return HasClass(std::uint32_t{static_cast<unsigned char>(character)}, classes);
+}
+
+// Whether a character structures a text, of JSON or of the key=value form.
+constexpr bool IsStructural(char character) {
+    return std::string_view("{}[]=,:").find(character) != std::string_view::npos;
 }

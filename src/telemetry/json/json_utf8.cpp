@@ -7,22 +7,16 @@ Utf8Sequence ReadUtf8Sequence(const char* text, const char* end) {
     std::size_t length = 1;
     for (const char* next = text + 1; next != end; ++next, ++length) {
         const auto continuation = static_cast<unsigned char>(*next);
-        if ((continuation & 0xC0) != 0x80) {
-            break;
-        }
+        if ((continuation & 0xC0) != 0x80) break;
         sum = (sum << 6) + continuation;
     }
-    if (length > Utf8Offsets.size()) {
-        return {kNoCodePoint, length};
-    }
+    if (length > Utf8Offsets.size()) return {kNoCodePoint, length};
     // With an ASCII byte in front this wraps around to a value above all code points; other wrong leads may give any.
     return {sum - Utf8Offsets[length - 1], length};
 }
 
 std::size_t StoreUtf8(std::uint32_t codePoint, char* buffer) {
-    if (codePoint > 0x10FFFF) {
-        return 0;
-    }
+    if (codePoint > 0x10FFFF) return 0;
     if (codePoint <= 0x7F) {
         buffer[0] = static_cast<char>(codePoint);
         return 1;

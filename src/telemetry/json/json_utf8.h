@@ -13,10 +13,9 @@ struct Utf8Sequence {
     std::size_t m_Length;  // bytes, 1 or more
 };
 
-// Reads the byte at `text`, whatever it is, and all bytes of the form 10xxxxxx behind it, as one character.
-// Nothing at or behind `end` is read; `text` must be below it.
+// Reads the byte at `text`, whatever it is, and all bytes of the form 10xxxxxx behind it, as one character. Nothing at
+// or behind `end` is read; `text` must be below it.
 Utf8Sequence ReadUtf8Sequence(const char* text, const char* end);
 
-// Stores the 1 to 4 bytes of a code point and gives their number. Above U+10FFFF it stores nothing and gives
-// 0.
+// Stores the 1 to 4 bytes of a code point and gives their number. Above U+10FFFF it stores nothing and gives 0.
 std::size_t StoreUtf8(std::uint32_t codePoint, char* buffer);

@@ -1,17 +1,16 @@
 #pragma once
 
-// A streaming text writer over its user's buffer. It allocates nothing and never grows; it puts in the
-// commas, escapes strings, and remembers a failure, so that a whole series of calls can be made and the last
-// result tested.
+// A streaming text writer over its user's buffer. It allocates nothing and never grows; it puts in the commas, escapes
+// strings, and remembers a failure, so that a whole series of calls can be made and the last result tested.
 //
-// Set m_Buffer and m_Capacity and begin: Begin, items and nested containers, one End for each opening. At
-// depth 0 items may stand without a container too. The text is in m_Buffer, terminated, after every call that
-// wrote something; after a failure it ends with the last write that fitted, which may be inside a string.
-// Nothing checks that all containers have been closed.
+// Set m_Buffer and m_Capacity and begin: Begin, items and nested containers, one End for each opening. At depth 0 items
+// may stand without a container too. The text is in m_Buffer, terminated, after every call that wrote something; after
+// a failure it ends with the last write that fitted, which may be inside a string. Nothing checks that all containers
+// have been closed.
 //
-// Names and texts are NUL-terminated UTF-8. Each operation gives true while nothing has failed, unless it
-// says otherwise. Lack of room is logged once, a wrong depth at each call; a name that isn't allowed where it
-// stands is not logged. One thread.
+// Names and texts are NUL-terminated UTF-8. Each operation gives true while nothing has failed, unless it says
+// otherwise. Lack of room is logged once, a wrong depth at each call; a name that isn't allowed where it stands is not
+// logged. One thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -49,54 +48,42 @@ struct JsonWriter {
     bool WriteInt(const char* name, std::int32_t value);
     bool WriteUInt64(const char* name, std::uint64_t value);
 
-    // The only one whose refusal is no failure of the writer: a name that isn't allowed, or a null text,
-    // gives false and changes nothing.
+    // The only one whose refusal is no failure of the writer: a name that isn't allowed, or a null text, gives false
+    // and changes nothing.
     bool WriteString(const char* name, const char* text);
 
     // Output as it is: no separator, no escaping.
     bool WriteRaw(const char* text);
     bool WriteRaw(char character);
 
-    // Escaped output without separator and quotes. Control characters that have no letter become \x and
-    // hexadecimal digits, which isn't JSON: the validator refuses such a text. With a length of 0 or less
-    // always true.
+    // Escaped output without separator and quotes. Control characters that have no letter become \x and hexadecimal
+    // digits, which isn't JSON: the validator refuses such a text. With a length of 0 or less always true.
     bool WriteEscaped(const char* text, std::ptrdiff_t length);
 
     // A backslash and the character's letter. False, without a failure, if it has none.
     bool WriteEscapedChar(char character);
 
-    // Sets StatusFailed; always false.
-    bool Fail();
-
     bool HasFailed() const { return (m_Status & StatusFailed) != 0; }
-    bool IsKeyValue() const { return m_KeyValueMode != 0; }
-
-    // A line feed and `tabs` tabs, if OptionPretty is set and nothing has failed.
-    bool WriteLineBreak(bool lineFeed, std::int32_t tabs);
 
   private:
-    bool Open(char bracket, std::uint32_t containerBit, const char* name);
+    using Scratch = char[1024];  // a value as text, before it is escaped
+
+    // The common steps of all named items: separator, line break, name, and the value, which is escaped like any text.
+    // Brackets and numbers go this way too. WriteName leaves the value to its caller.
+    bool WriteValue(Scratch& scratch, const char* name, const char* value);
+    bool WriteValue(Scratch& scratch, const char* name, char value);
+    bool WriteValue(Scratch& scratch, const char* name, std::int32_t value);
+    bool WriteValue(Scratch& scratch, const char* name, std::uint64_t value);
+    bool WriteName(Scratch& scratch, const char* name);
+
+    bool StartItem(const char* name);
+    bool FinishItem(const Scratch& scratch, int length);
+    bool WriteLineBreak(bool lineFeed, std::int32_t tabs);
+    bool WriteCodePointEscape(const char* text, const char* end, std::size_t& length);
+    void Store(const char* text, std::uint32_t length);
     bool IsNameAllowed(const char* name) const;
     bool NeedsQuotes(const char* text) const;
-    std::int32_t Room() const;
-    void Store(const char* text, std::uint32_t length);
-    void Advance(std::uint32_t length, char last);
-    const char* WriteCommon(const char* text, const char* end);
-    bool WriteCodePointEscape(const char* text, const char* end, std::size_t& length);
+    std::int32_t Available() const;
+    bool IsKeyValue() const { return m_KeyValueMode != 0; }
+    bool Fail();
 };
-
-// Takes in `length` bytes that stand behind the cursor and end in `last`. The comma goes by what was written last and
-// not by the sequence of calls. In the key=value form an array opens with a brace, and the square bracket is ordinary
-// text.
-inline void JsonWriter::Advance(std::uint32_t length, char last) {
-    m_Cursor += length;
-    if ((m_Status & StatusMeasureOnly) == 0) {
-        m_Buffer[m_Cursor] = '\0';
-    }
-    const bool opens = last == '{' || (last == '[' && !IsKeyValue());
-    if (opens || last == ',' || last == '\t' || last == '\n' || last == '\r') {
-        m_Status &= static_cast<std::uint8_t>(~StatusNeedComma);
-    } else {
-        m_Status |= StatusNeedComma;
-    }
-}

@@ -52,7 +52,7 @@ class User {
     virtual void Slot12() {}
     virtual uint32 GetAuthSessionTicket(void* ticket, int capacity, uint32* length) {
         if (ticket == nullptr || length == nullptr || capacity != 1024) return 0;
-        volatile uint8* const bytes = static_cast<uint8*>(ticket);  // volatile: lest it become a call of memcpy
+        volatile uint8* const bytes = static_cast<uint8*>(ticket);  // volatile: else it becomes a memcpy
         for (uint32 i = 0; i < sizeof kTicket; ++i) bytes[i] = kTicket[i];
         *length = sizeof kTicket;
         return kTicketHandle;

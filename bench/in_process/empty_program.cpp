@@ -1,2 +1,0 @@
-// What a program of this build costs before it does anything.
-int main() {}

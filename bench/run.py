@@ -1,0 +1,46 @@
+"""Measures what a user of the helper waits for, each beside the least that it could cost, and prints one table.
+
+Exit status: 0 if all was measured, whatever came out; 1 if a part failed, which says why.
+"""
+
+import argparse
+import functools
+import pathlib
+import sys
+import tempfile
+
+import parts
+import table
+from surroundings import Surroundings
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--binaries", required=True, type=pathlib.Path)
+    parser.add_argument("--windows", action="store_true")
+    parser.add_argument("--node", required=True, type=pathlib.Path, help="Node.js for the same system")
+    parser.add_argument("--only", help="the one part to measure")
+    arguments = parser.parse_args()
+
+    all_parts = {"answers": functools.partial(parts.answers, node=arguments.node.resolve()), "launch": parts.launch,
+                 "listening": parts.listening, "start and close": parts.start_and_close, "store": parts.store,
+                 "idle": parts.idle, "size": parts.size}
+    rows, failed = [], False
+    for name, part in all_parts.items():
+        if arguments.only not in (None, name):
+            continue
+        print(f"bench: {name}", file=sys.stderr, flush=True)
+        # In surroundings of its own: what one part has started is gone when the next begins.
+        try:
+            with tempfile.TemporaryDirectory() as work, \
+                    Surroundings(arguments.binaries.resolve(), work, arguments.windows) as around:
+                rows.extend(part(around))
+        except Exception as error:  # whatever it is, the other parts can still be measured
+            print(f"bench: {name} failed: {error}", file=sys.stderr, flush=True)
+            failed = True
+    print("\n".join([table.HEAD, *rows]))
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,5 +1,0 @@
-#include "tests/steam/stand_in_dlls.h"
-
-std::vector<StandInDll> StandInDlls() {
-    return {OwnStandIn()};
-}

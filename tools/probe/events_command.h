@@ -1,0 +1,6 @@
+#pragma once
+
+#include "tools/probe/exit_status.h"
+
+// Shows the helper's event store in words.
+ExitStatus ShowEvents();

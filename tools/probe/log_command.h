@@ -1,0 +1,7 @@
+#pragma once
+
+#include "tools/probe/exit_status.h"
+#include "tools/probe/options.h"
+
+// Lists the runs in the helper's log, each with its verdict, or shows the lines of one.
+ExitStatus ShowLog(const Options& options);
