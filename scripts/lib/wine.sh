@@ -48,7 +48,9 @@ wine_start() {
         flock 9
         [[ -e $WINEPREFIX/.ready ]] || wine_make_prefix 9>&- || exit 1
         if ! wine_is_running 9>&-; then
-            wine_quietly wineserver "-p$stay" 9>&-
+            # It refuses if one runs after all: the question isn't always answered.
+            wine_quietly wineserver "-p$stay" 9>&- || wine_is_running 9>&- ||
+                { echo "wine: no server starts" >&2; exit 1; }
             wine_quietly wine cmd /c exit 0 9>&-
             wine_keep_desktop "${stay:-1000000}" 9>&-
         fi
