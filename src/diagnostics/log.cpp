@@ -27,8 +27,8 @@ constexpr std::size_t kLineEnd = 2;  // CR and LF
 // The flush timer may still run on a wait thread while the process's statics go, so nothing of this is destroyed.
 NoDestructor<std::string> g_LogBuffer GUARDED_BY(g_LogLock);
 std::int64_t g_LastLogFlushTicks GUARDED_BY(g_LogLock) = 0;
-NoDestructor<OwnedEvent> g_LogFlushEvent GUARDED_BY(g_LogLock);  // all ones: none
-NoDestructor<OwnedWait> g_LogFlushWait GUARDED_BY(g_LogLock);    // all ones: none
+NoDestructor<OwnedEvent> g_LogFlushEvent GUARDED_BY(g_LogLock);  // INVALID_HANDLE_VALUE: none
+NoDestructor<OwnedWait> g_LogFlushWait GUARDED_BY(g_LogLock);    // INVALID_HANDLE_VALUE: none
 
 using Line = char[kLineLimit + 1];
 
@@ -112,7 +112,8 @@ static std::size_t FormatLastLine(Line& line, const char* format, ...) {
 }
 
 void LogInEmergency(const char* reason) noexcept THREAD_SAFETY(no_thread_safety_analysis) {
-    // Another thread may be inside a line or a flush. It isn't waited for without end, and gets the lock no more.
+    // Another thread may be inside a line or a flush: it gets a bounded time to leave. The lock, once taken, is never
+    // released, because the process ends.
     for (int tries = 0; !g_LogLock.TryAcquire(); ++tries) {
         if (tries == kEmergencyTries) return;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

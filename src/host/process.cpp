@@ -54,7 +54,7 @@ int RunHelper(HINSTANCE instance, const WCHAR* lpCmdLine) {
         FlushLog();
         exitCode = 0;
     }
-    // Mostly gone already: the default handling of WM_CLOSE has destroyed it.
+    // As a rule WM_CLOSE has destroyed it already; then this fails without harm.
     DestroyWindow(window);
     return exitCode;
 }
@@ -74,7 +74,7 @@ int RunAndSaveEvents(HINSTANCE instance, const WCHAR* lpCmdLine) {
 int RunProcess(HINSTANCE instance, const WCHAR* lpCmdLine) noexcept {
     EndOnUncaughtException();
     g_LogFileName = WIDE_TEXT("tollmere_steam_helper.log");
-    constexpr int kBannerLength = 33;
+    constexpr int kBannerLength = 33;  // readers of the log tell runs apart by it
     Log("%s", std::string(kBannerLength, '\\').c_str());
 
     const int exitCode = RunAndSaveEvents(instance, lpCmdLine);

@@ -9,8 +9,8 @@ namespace {
 
 constexpr ULONG kTimeOutMilliseconds = 20'000;
 
-OwnedEvent g_ShutdownEvent GUARDED_BY(g_CompletionLock);  // all ones: none
-OwnedWait g_ShutdownWait GUARDED_BY(g_CompletionLock);    // all ones: none
+OwnedEvent g_ShutdownEvent GUARDED_BY(g_CompletionLock);  // INVALID_HANDLE_VALUE: none
+OwnedWait g_ShutdownWait GUARDED_BY(g_CompletionLock);    // INVALID_HANDLE_VALUE: none
 
 // The service that the time-out may touch; null when it is cancelled. A cancel doesn't wait for a time-out that has
 // begun, and the service may be gone when that one gets the lock.

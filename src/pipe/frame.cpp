@@ -10,8 +10,8 @@ namespace {
 constexpr std::uint32_t kLengthSize = 4;
 constexpr std::uint32_t kSeparatorSize = 1;
 
-// A shorter rest isn't looked at, whatever the ids are.
-constexpr std::uint32_t kSmallestFrame = 7;
+// A length, an id and a body of one byte each, and what separates them. A shorter rest isn't looked at.
+constexpr std::uint32_t kSmallestFrame = kLengthSize + 1 + kSeparatorSize + 1;
 
 void WriteLength(unsigned char* frame, std::uint32_t length) {
     for (std::uint32_t i = 0; i < kLengthSize; ++i) frame[i] = static_cast<unsigned char>(length >> (8 * i));

@@ -17,7 +17,7 @@ constexpr DWORD kBufferSize = 65536;
 enum Operation { kConnect, kRead, kWrite, kOperationCount };
 
 std::array<OverlappedOperation, kOperationCount> g_PipeOperations GUARDED_BY(g_CompletionLock);
-OwnedFile g_PipeHandle GUARDED_BY(g_CompletionLock);  // all ones: none
+OwnedFile g_PipeHandle GUARDED_BY(g_CompletionLock);  // INVALID_HANDLE_VALUE: none
 std::string g_PipeName GUARDED_BY(g_CompletionLock);
 PipeCallbacks* g_Callbacks GUARDED_BY(g_CompletionLock) = nullptr;
 bool g_Connected GUARDED_BY(g_CompletionLock) = false;
@@ -68,6 +68,7 @@ void OnReadCompleted() REQUIRES(g_CompletionLock) {
         HandleDisconnect();
         return;
     }
+    // For whoever looks at the buffer in a debugger; nothing relies on it.
     if (count < kBufferSize - 1) g_ReadBuffer[count] = '\0';
     if (g_Callbacks != nullptr) g_Callbacks->OnData(g_ReadBuffer, count);
     // An answer that couldn't be written has ended this connection, and the pipe already listens for the next one.
@@ -113,6 +114,7 @@ void HandleDisconnect() REQUIRES(g_CompletionLock) {
         ReportLastError("Failed to disconnect pipe.");
     }
     NamedPipeServer::Destroy();
+    // If it fails, nothing tries again: the timed shutdown ends the process.
     NamedPipeServer::Create(g_PipeName, g_Callbacks);
     if (g_Callbacks != nullptr) g_Callbacks->OnDisconnected();
 }
@@ -136,8 +138,9 @@ StartResult Listen() REQUIRES(g_CompletionLock) {
         case OverlappedOperation::Start::Failed:
             break;
     }
-    // A client came, or came and went, since the pipe was created. The platform signals nothing then, so we do; of a
-    // client that has gone the first read tells. Without the signal the connection would stay mute: that is a failure.
+    // A client came, or came and went, since the pipe was created. The platform signals nothing then, so we do. If the
+    // client has gone already, the first read fails and ends the connection. Without the signal the connection would
+    // stay mute: that is a failure.
     if (GetLastError() == ERROR_PIPE_CONNECTED || GetLastError() == ERROR_NO_DATA) {
         SetLastError(ERROR_SUCCESS);
         Log("Connected pipe.");
@@ -180,7 +183,7 @@ bool NamedPipeServer::Destroy() {
         closed = false;
     }
     if (closed) g_FrameInFlight = {};
-    while (!g_SendQueue.empty()) g_SendQueue.pop_front();
+    g_SendQueue.clear();
     return closed;
 }
 

@@ -50,7 +50,7 @@ class OverlappedOperation {
     // unregisters it, blocking, without holding the lock: after that no callback is running either.
     OwnedWait Disarm();
 
-    OVERLAPPED m_Overlapped = {};  // hEvent all ones: no event
+    OVERLAPPED m_Overlapped = {};  // hEvent INVALID_HANDLE_VALUE: no event
     bool m_IoPending GUARDED_BY(g_CompletionLock) = false;
 
   private:
@@ -58,7 +58,7 @@ class OverlappedOperation {
     void Reset() REQUIRES(g_CompletionLock);
 
     Callback m_Callback GUARDED_BY(g_CompletionLock);     // never empty
-    OwnedWait m_WaitHandle GUARDED_BY(g_CompletionLock);  // all ones: no wait
+    OwnedWait m_WaitHandle GUARDED_BY(g_CompletionLock);  // INVALID_HANDLE_VALUE: no wait
     bool m_OneShot GUARDED_BY(g_CompletionLock) = false;
     unsigned m_Arming GUARDED_BY(g_CompletionLock) = 0;  // counts Initialize, to tell one use from the next
 };

@@ -48,6 +48,6 @@ class SteamService {
     bool CreatePipe();
     bool Fail();
     void SetState(State newState);
-    void OnConnected();
-    void OnDisconnected();
+    void OnConnected();     // wait thread
+    void OnDisconnected();  // wait thread
 };

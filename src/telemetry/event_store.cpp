@@ -97,7 +97,7 @@ bool Load() REQUIRES(g_TelemetryLock) {
     return true;
 }
 
-// A control character without a letter of its own would make the file one that the next load refuses.
+// A control character that has no short escape such as \n would make a file that the next load refuses.
 template <std::size_t capacity>
 void ReplaceUnwritable(char (&field)[capacity]) {
     for (char* character = field; *character != '\0'; ++character) {
@@ -133,7 +133,7 @@ bool Save() REQUIRES(g_TelemetryLock) {
 
 }  // namespace
 
-// Whatever a file may hold, the process ends as it would without one: a lack of memory counts as a failure.
+// In both a lack of memory counts as a failure, so that no file can end the process.
 
 bool LoadEvents() noexcept {
     const LockGuard lock(g_TelemetryLock);
@@ -147,7 +147,7 @@ bool LoadEvents() noexcept {
 bool SaveEvents() noexcept {
     const LockGuard lock(g_TelemetryLock);
     try {
-        // Without memory for the file's events it isn't replaced: they would be lost.
+        // If this throws, nothing is saved: the file whose events couldn't be read stays as it is.
         Load();
         return Save();
     } catch (...) {

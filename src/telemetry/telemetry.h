@@ -27,7 +27,8 @@ class ExternalTelemetrySource {
     virtual bool AcceptsEvent(const char* name) = 0;
     virtual ~ExternalTelemetrySource() = default;
 
-    std::vector<TelemetryEvent> m_Events GUARDED_BY(g_TelemetryLock);  // oldest first
+    std::vector<TelemetryEvent> m_Events
+        GUARDED_BY(g_TelemetryLock);  // this run's, oldest first; after a load earlier runs' follow
 };
 
 // The one source of this process: at most ten "STEAM_ACTION" events.
@@ -38,6 +39,7 @@ class SteamHelperTelemetry final : public ExternalTelemetrySource {
     bool AcceptsEvent(const char* name) override;
 };
 
+// For code that knows the telemetry by its globals alone. The helper itself calls LoadEvents and SaveEvents.
 struct TelemetryHooks {
     std::function<bool()> m_Load;
     std::function<bool()> m_Save;
