@@ -1,66 +1,68 @@
-"""What is measured. Each part takes its surroundings and gives rows for the table."""
+"""What is measured. Each part takes the runner of its programs and gives rows for the table."""
 
 import pathlib
 import subprocess
 import time
 
 import table
-from surroundings import HELPER_PIPE, PERSONA, STEAM_ID, TICKET
+from program_runner import HELPER_PIPE, PERSONA, STEAM_ID, TICKET
 
 IDENTITY = (STEAM_ID, PERSONA, TICKET)
 REQUEST_SIZE = 4 + len("STEA:info_request:1000000007")
 ANSWER_SIZE = 4 + len(f"STEA:info_response:1000000007:{STEAM_ID}:{PERSONA}:{len(TICKET) // 2}:{TICKET}")
 
 
-def start_floor(around):
-    around.start("bench_floor", around.pipe("bench-floor"), REQUEST_SIZE, ANSWER_SIZE)
+def start_floor(runner):
+    runner.start("bench_floor", runner.pipe("bench-floor"), REQUEST_SIZE, ANSWER_SIZE)
 
 
-def answers(around, node):
+def answers(runner, node):
     rounds, requests, seconds = 100, 100, 20
-    around.start_helper()
-    start_floor(around)
-    around.start("bench_libuv", around.pipe("bench-libuv"), *IDENTITY)
-    around.start("bench_asio", around.pipe("bench-asio"), *IDENTITY)
-    script = around.path(pathlib.Path(__file__).with_name("peer_node.js"))
-    around.start(node, script, around.pipe("bench-node"), *IDENTITY)
-    contenders = [("helper", around.pipe(HELPER_PIPE))]
-    contenders += [(name, around.pipe(f"bench-{name}")) for name in ("floor", "libuv", "asio", "node")]
-    times = around.measure("answers", rounds, requests, seconds, *(text for pair in contenders for text in pair))
+    runner.start_helper()
+    start_floor(runner)
+    runner.start("bench_libuv", runner.pipe("bench-libuv"), *IDENTITY)
+    runner.start("bench_asio", runner.pipe("bench-asio"), *IDENTITY)
+    script = runner.path(pathlib.Path(__file__).with_name("peer_node.js"))
+    runner.start(node, script, runner.pipe("bench-node"), *IDENTITY)
+    contenders = [("helper", runner.pipe(HELPER_PIPE))]
+    contenders += [(name, runner.pipe(f"bench-{name}")) for name in ("floor", "libuv", "asio", "node")]
+    times = runner.measure("answers", rounds, requests, seconds, *(text for pair in contenders for text in pair))
 
-    goals = {"blocking echo": 1.15, "libuv": 1, "Boost.Asio": 1, "Node.js": 1} if around.windows else {}
-    for what, kind, size in (("answer at full speed", "full-speed", requests), ("answer at 10/s", "paced", seconds * 10)):
+    goals = {"blocking echo": 1.15, "libuv": 1, "Boost.Asio": 1, "Node.js": 1} if runner.windows else {}
+    for what, kind, size in (("answer at full speed", "full-speed", requests),
+                             ("answer at 10/s", "paced", seconds * 10)):
         for who, name in (("blocking echo", "floor"), ("libuv", "libuv"), ("Boost.Asio", "asio"), ("Node.js", "node")):
             yield table.compare_percentiles(what, who, times[kind, "helper"], times[kind, name], size, goals.get(who))
 
 
-def launch(around):
-    around.start_helper()
-    times = around.measure("launch", 40, around.pipe(HELPER_PIPE), around.program("sample_game"), around.path(around.work))
+def launch(runner):
+    runner.start_helper()
+    times = runner.measure("launch", 40, runner.pipe(HELPER_PIPE), runner.program("sample_game"),
+                           runner.path(runner.work))
     yield table.compare("launch request to answer", "the same game by `CreateProcessW`", times["launch", "helper"],
                         times["launch", "floor"], 1.15)
 
 
-def listening(around):
-    around.start_helper()
-    start_floor(around)
-    times = around.measure("listening", 200, "helper", around.pipe(HELPER_PIPE), "floor", around.pipe("bench-floor"))
+def listening(runner):
+    runner.start_helper()
+    start_floor(runner)
+    times = runner.measure("listening", 200, "helper", runner.pipe(HELPER_PIPE), "floor", runner.pipe("bench-floor"))
     yield table.compare("launcher gone until the pipe listens", "a bare server", times["listening", "helper"],
                         times["listening", "floor"], 1.3)
 
 
-def start_and_close(around):
-    empty = around.empty_program("bench-empty")
-    times = around.measure("start-and-close", 99,
-                           "helper", around.pipe(HELPER_PIPE), 1, around.program("tollmere_steam_helper"),
-                           "floor", around.pipe("bench-empty"), 1 + len(empty), around.program("bench_empty"), *empty)
+def start_and_close(runner):
+    empty = runner.empty_program("bench-empty")
+    times = runner.measure("start-and-close", 99,
+                           "helper", runner.pipe(HELPER_PIPE), 1, runner.program("tollmere_steam_helper"),
+                           "floor", runner.pipe("bench-empty"), 1 + len(empty), runner.program("bench_empty"), *empty)
     helper, floor = times["start-and-close", "helper"], times["start-and-close", "floor"]
     yield table.compare("start until the pipe listens", "the empty program", helper[::2], floor[::2], 1.12)
     yield table.compare("window closed to process gone", "the empty program", helper[1::2], floor[1::2], 1.15)
 
 
-def store(around):
-    times = around.measure("store", 300)
+def store(runner):
+    times = runner.measure("store", 300)
     yield table.compare("full store read, merged, written", "the same bytes read and written",
                         times["store", "helper"], times["store", "floor"], 1.2)
 
@@ -77,12 +79,12 @@ def figures(process):
     return wake_ups, seconds, private
 
 
-def idle(around):
+def idle(runner):
     """Three minutes, of which the first 20 seconds don't count. A launcher is connected to the helper and silent."""
-    helper = around.start_helper()
-    empty = around.start(around.work / f"bench_empty{around.suffix}", *around.empty_program("bench-empty"))
+    helper = runner.start_helper()
+    empty = runner.start(runner.work / f"bench_empty{runner.suffix}", *runner.empty_program("bench-empty"))
     # Less than a frame, so it isn't answered: the probe stays until its limit.
-    launcher = around.start("probe", "--timeout", 240_000, "raw", "00", "--answers", 1)
+    launcher = runner.start("probe", "--timeout", 240_000, "raw", "00", "--answers", 1)
     time.sleep(20)
     before = [figures(process) for process in (helper, empty)]
     time.sleep(160)
@@ -97,11 +99,11 @@ def idle(around):
     yield table.margin("private memory, MB", "the empty program", *(figure[2] / 1e6 for figure in after), 1.5)
 
 
-def size(around):
+def size(runner):
     kilobytes = []
     for name in ("tollmere_steam_helper", "bench_empty"):
-        stripped = around.work / f"{name}.stripped"
-        tool = "x86_64-w64-mingw32-strip" if around.windows else "strip"
-        subprocess.run([tool, "-o", stripped, around.binaries / f"{name}{around.suffix}"], check=True)
+        stripped = runner.work / f"{name}.stripped"
+        tool = "x86_64-w64-mingw32-strip" if runner.windows else "strip"
+        subprocess.run([tool, "-o", stripped, runner.binaries / f"{name}{runner.suffix}"], check=True)
         kilobytes.append(stripped.stat().st_size / 1000)
     yield table.limit("program, stripped, KB", "the empty program", *kilobytes, 310)

@@ -11,7 +11,7 @@ import tempfile
 
 import parts
 import table
-from surroundings import Surroundings
+from program_runner import ProgramRunner
 
 
 def main():
@@ -30,11 +30,11 @@ def main():
         if arguments.only not in (None, name):
             continue
         print(f"bench: {name}", file=sys.stderr, flush=True)
-        # In surroundings of its own: what one part has started is gone when the next begins.
+        # With a runner of its own: what one part has started is gone when the next begins.
         try:
             with tempfile.TemporaryDirectory() as work, \
-                    Surroundings(arguments.binaries.resolve(), work, arguments.windows) as around:
-                rows.extend(part(around))
+                    ProgramRunner(arguments.binaries.resolve(), work, arguments.windows) as runner:
+                rows.extend(part(runner))
         except Exception as error:  # whatever it is, the other parts can still be measured
             print(f"bench: {name} failed: {error}", file=sys.stderr, flush=True)
             failed = True

@@ -29,8 +29,9 @@ def compare_percentiles(what, beside, ours, theirs, size, goal):
 
     mine, other = ([median_of(times, percent) for percent in (50, 95, 99)] for times in (ours, theirs))
     ratios = [m / o for m, o in zip(mine, other)]
-    return row(what, " / ".join(f"{m:.0f}" for m in mine) + " us", beside, " / ".join(f"{o:.0f}" for o in other) + " us",
-               " / ".join(f"{ratio:.2f}" for ratio in ratios), *judge(ratios[0], goal))
+    return row(what, " / ".join(f"{m:.0f}" for m in mine) + " us", beside,
+               " / ".join(f"{o:.0f}" for o in other) + " us", " / ".join(f"{ratio:.2f}" for ratio in ratios),
+               *judge(ratios[0], goal))
 
 
 def compare(what, beside, ours, theirs, goal):

@@ -8,7 +8,7 @@
 namespace support {
 
 // The longest that any one wait may take: 30 s, times the environment variable TOLLMERE_TEST_STRETCH (a number above 0)
-// for slow surroundings. A wait that gets there has failed.
+// on slow machines. A wait that gets there has failed.
 std::chrono::milliseconds Limit();
 
 // Asks `isTrue` again and again until it answers true. False if it hasn't within Limit().

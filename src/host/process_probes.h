@@ -1,7 +1,7 @@
 #pragma once
 
-// What the process finds out about its own surroundings. Nothing here stops anything: a failed probe gives the answer
-// that changes least.
+// What the process finds out about its user and its parent. Nothing here stops anything: a failed probe gives the
+// answer that changes least.
 
 #include "diagnostics/text.h"
 

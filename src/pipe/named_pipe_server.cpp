@@ -110,9 +110,7 @@ void HandleDisconnect() REQUIRES(g_CompletionLock) {
     g_Connected = false;
     g_PipeOperations[kRead].Cleanup(true);
     g_PipeOperations[kWrite].Cleanup(true);
-    if (g_PipeHandle && !DisconnectNamedPipe(g_PipeHandle.Get())) {
-        ReportLastError("Failed to disconnect pipe.");
-    }
+    if (g_PipeHandle && !DisconnectNamedPipe(g_PipeHandle.Get())) ReportLastError("Failed to disconnect pipe.");
     NamedPipeServer::Destroy();
     // If it fails, nothing tries again: the timed shutdown ends the process.
     NamedPipeServer::Create(g_PipeName, g_Callbacks);

@@ -128,11 +128,11 @@ INSTANTIATE_TEST_SUITE_P(After, FaultWalk, testing::Values(0, 1, 2, 5));
 
 // Where the first time is another one's.
 TEST_F(FaultWalk, SaysWhatFailedLater) {
-    const struct {
+    struct {
         const char* call;
         int skip;
         const char* line;
-    } faults[] = {
+    } const rows[] = {
         {"GetProcAddress", 3, "Could not map function: SteamAPI_UnregisterCallback"},
         {"CreateEventW", 1, "Failed to create shutdown wait event."},
         {"RegisterWaitForSingleObject", 1, "Failed to schedule shutdown."},
@@ -142,7 +142,7 @@ TEST_F(FaultWalk, SaysWhatFailedLater) {
         {"CreateNamedPipeA", 1, "Unable to create pipe."},
         {"ConnectNamedPipe", 1, "Unable to connect pipe: 8 (0x8)"},
     };
-    for (const auto& [call, skip, line] : faults) {
+    for (const auto& [call, skip, line] : rows) {
         SCOPED_TRACE(line);
         LiveThroughFault(call, skip);
         ExpectInLog(line);

@@ -43,6 +43,8 @@ class HelperFixture : public testing::Test {
     // The body of the next frame.
     std::string Receive();
     void ExpectAnswer(const std::string& body) { EXPECT_EQ(Receive(), body); }
+    // On the helper's clock.
+    void LetPass(std::chrono::milliseconds time) { m_Machine.LetPass(time); }
     // Asks for the identity and expects it.
     void ExpectService(std::uint64_t requestId);
 
@@ -73,7 +75,6 @@ class HelperFixture : public testing::Test {
 
     support::ChildProcess& Helper() { return *m_Process; }
     launcher::PipeClient& Launcher() { return m_Launcher; }
-    Machine& Surroundings() { return m_Machine; }
     std::filesystem::path LogFile() const { return m_Machine.LogFile(); }
     std::filesystem::path EventFile() const { return m_Machine.EventFile(); }
 

@@ -8,10 +8,10 @@ TEST_F(HelperFixture, AnIdentityOfTheWidestValuesAndOneWithoutATicketAreGiven) {
     std::string ticket;
     for (int i = 0; i < 1024; ++i) ticket += "A5";
     const std::string persona(128, 'p');
-    const struct {
+    struct {
         support::Environment client;
         std::string answer;
-    } rows[] = {
+    } const rows[] = {
         {{{"STEAM_STAND_IN_STEAM_ID", "18446744073709551615"},
           {"STEAM_STAND_IN_PERSONA", persona},
           {"STEAM_STAND_IN_TICKET", ticket}},

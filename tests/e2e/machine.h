@@ -17,7 +17,7 @@ std::filesystem::path BinFolder();
 // The file name of a program of the build.
 std::string ProgramFile(const std::string& name);
 
-// Whether the helper's surroundings can make a call of the system fail.
+// Whether a test can make a call of the system fail in the helper.
 extern const bool kFaultsWork;
 
 // What a process holds.
@@ -30,7 +30,7 @@ Footprint FootprintOf(std::uint32_t processId);
 // Ends a process that somebody else started for us. False if it doesn't run.
 bool EndProcess(std::uint32_t processId);
 
-// The surroundings of one run of the helper: its pipe, its log, its clock.
+// The pipe, the files and the clock of one run of the helper.
 class Machine {
   public:
     // `folder` is empty and belongs to the test. This process's own clients find the pipe and the files from now

@@ -10,7 +10,7 @@ class MovedClock : public HelperFixture {
     // Moves the clock until the helper has noticed: it then writes to its log what has collected.
     void LetPassUntilLogged(std::chrono::milliseconds time, const std::string& text) {
         EXPECT_TRUE(support::WaitUntil([&] {
-            Surroundings().LetPass(time);
+            LetPass(time);
             return support::ReadAll(LogFile()).find(text) != std::string::npos;
         }));
     }

@@ -25,12 +25,12 @@ std::string Down(const char* appId, const char* dll, const char* init) {
 }
 
 struct FailingStart {
-    const char* m_Verdict;                // the heading in docs/operations.md
-    support::Environment m_Surroundings;  // what differs
-    Events m_Events;
-    std::string m_Line{};  // one of the log, where the page shows less
-    std::string m_StandIn = "steam_api64.dll";
-    int m_ExitCode = 0;
+    const char* verdict;             // the heading in docs/operations.md
+    support::Environment variables;  // those that differ
+    Events events;
+    std::string line{};  // one of the log, where the page shows less
+    std::string standIn = "steam_api64.dll";
+    int exitCode = 0;
 };
 
 class Starts : public HelperFixture {
@@ -47,21 +47,21 @@ class Starts : public HelperFixture {
     }
 
     void ExpectFailure(const FailingStart& start) {
-        SCOPED_TRACE(start.m_Verdict + start.m_Line);
+        SCOPED_TRACE(start.verdict + start.line);
         fs::remove(LogFile());
         fs::remove(EventFile());
         const support::Environment usual = variables;
-        for (const auto& [name, value] : start.m_Surroundings) variables[name] = value;
-        UseStandIn(start.m_StandIn);
+        for (const auto& [name, value] : start.variables) variables[name] = value;
+        UseStandIn(start.standIn);
         Start();
-        ExpectEnd(start.m_ExitCode);
+        ExpectEnd(start.exitCode);
         variables = usual;
-        if (start.m_ExitCode == 0) ExpectShown("How every start begins");
-        ExpectVerdict(start.m_Verdict);
-        EXPECT_TRUE(start.m_Line.empty() || CountInLog(start.m_Line) == 1);
-        ExpectStored(start.m_Events);
+        if (start.exitCode == 0) ExpectShown("How every start begins");
+        ExpectVerdict(start.verdict);
+        EXPECT_TRUE(start.line.empty() || CountInLog(start.line) == 1);
+        ExpectStored(start.events);
         // Before Steam is up nothing is registered with it.
-        const bool isUp = start.m_Events.back() == kUp;
+        const bool isUp = start.events.back() == kUp;
         EXPECT_EQ(SteamCalls().find("RegisterCallback") != std::string::npos, isUp);
         EXPECT_FALSE(Launcher().TryOpen(kPipeName));
     }
@@ -93,7 +93,7 @@ TEST_F(Starts, ThatFailEndAtOnceAndSayWhy) {
         {"No window", {{kFaults, "CreateWindowExW:8"}}, {R"("id":0,"we":8)"}, "", "steam_api64.dll", 1},
     };
     for (const FailingStart& start : starts) {
-        if (kFaultsWork || !start.m_Surroundings.contains(kFaults)) ExpectFailure(start);
+        if (kFaultsWork || !start.variables.contains(kFaults)) ExpectFailure(start);
     }
 }
 

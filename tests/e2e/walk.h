@@ -43,7 +43,7 @@ class Walk : public HelperFixture {
         Start();
         Life life;
         for (bool& visit : life.visits) visit = Visit();
-        Surroundings().LetPass(std::chrono::seconds{21});
+        LetPass(std::chrono::seconds{21});
         // Again and again: the first may be the one that fails.
         support::WaitUntil([&] {
             Helper().RequestClose();
@@ -59,7 +59,7 @@ class Walk : public HelperFixture {
         // Without a pipe the helper's time runs out.
         const auto isDecided = [&] {
             if (Launcher().TryOpen(kPipeName)) return true;
-            Surroundings().LetPass(std::chrono::milliseconds{20});
+            LetPass(std::chrono::milliseconds{20});
             return !Helper().IsRunning();
         };
         if (!support::WaitUntil(isDecided) || !Launcher().IsOpen()) return false;
@@ -74,7 +74,7 @@ class Walk : public HelperFixture {
                        Launcher().Read(answer, support::Limit() / 10) == launcher::Outcome::Done;
         }
         // The waiting lines are written now.
-        Surroundings().LetPass(std::chrono::seconds{11});
+        LetPass(std::chrono::seconds{11});
         Leave();
         return answered;
     }

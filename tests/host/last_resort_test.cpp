@@ -43,17 +43,17 @@ void EndWith(void (*end)()) {
 TEST(LastResort, AnUncaughtExceptionEndsTheProcessWithTheWaitingLines) {
     test_support::LogCapture log;
     const std::filesystem::path file = log.File().parent_path() / "last-resort-test.log";
-    const struct {
-        void (*m_End)();
-        const char* m_Line;
-    } rows[] = {
+    struct {
+        void (*end)();
+        const char* line;
+    } const rows[] = {
         {EndTogether, "Unhandled exception (std::bad_alloc). Aborting process with code 3."},
         {std::terminate, "Unhandled exception (none). Aborting process with code 3."},
     };
     for (const auto& row : rows) {
         std::filesystem::remove(file);
-        EXPECT_EXIT(EndWith(row.m_End), testing::ExitedWithCode(3), "");
-        EXPECT_THAT(test_support::LogTexts(support::ReadAll(file)), testing::ElementsAre("first", "waits", row.m_Line));
+        EXPECT_EXIT(EndWith(row.end), testing::ExitedWithCode(3), "");
+        EXPECT_THAT(test_support::LogTexts(support::ReadAll(file)), testing::ElementsAre("first", "waits", row.line));
     }
     std::filesystem::remove(file);
 }

@@ -12,9 +12,9 @@ namespace {
 
 // Fresh options of the three kinds, under their real names.
 struct Options {
-    Options() { GlobalConfigRegistry() = std::move(m_RealRegistry); }
+    Options() { GlobalConfigRegistry() = std::move(realRegistry); }
 
-    std::vector<GlobalConfig*> m_RealRegistry = GlobalConfigRegistry();
+    std::vector<GlobalConfig*> realRegistry = GlobalConfigRegistry();
     GlobalBool telemetry{WIDE_TEXT("-steamTestTelemetry")};
     GlobalInt appId{WIDE_TEXT("-steamAppID")};
     GlobalString location{WIDE_TEXT("-steamLocation")};
@@ -26,12 +26,12 @@ struct Options {
 
 TEST(Options, AreFoundInTheCommandLine) {
     constexpr auto kNotSet = std::nullopt;
-    const struct {
+    struct {
         const char* commandLine;
         bool telemetry;
         std::optional<int> appId;
         std::optional<std::string> location;
-    } rows[] = {
+    } const rows[] = {
         {"-steamAppID=480", false, 480, kNotSet},
         {"-steamAppID 480", false, 480, kNotSet},
         {"-STEAMAPPID:480", false, 480, kNotSet},
@@ -49,7 +49,7 @@ TEST(Options, AreFoundInTheCommandLine) {
         {"-steamLocation \"C:\\My Games\\X\"", false, kNotSet, "c:\\my games\\x"},
         {"\"-steamLocation=C:\\My Games\"", false, kNotSet, "c:\\my games"},
         {"-steamLocation=C:\\Spiele\\\xC3\x84pfel", false, kNotSet, "c:\\spiele\\\xC3\x84pfel"},
-        {"-steamLocation", false, kNotSet, ""},
+        {"-steamLocation -steamAppID=5", false, 5, ""},
         // The value of one option is an argument like any other to the next one.
         {"-steamLocation x-steamAppID=5", false, 5, "x-steamappid=5"},
     };

@@ -24,12 +24,12 @@ int ExitWithState(bool administrator, std::optional<DWORD> enableLua, const char
 }
 
 TEST(ProcessProbesDeathTest, TheAdminStateIsComputedOnceFromTokenAndRegistry) {
-    const struct {
+    struct {
         bool administrator;
         std::optional<DWORD> enableLua;  // User Account Control is off only if the registry says so
         const char* failing;
         int state;
-    } rows[] = {
+    } const rows[] = {
         {true, 0, nullptr, 1},  {true, 1, "AllocateAndInitializeSid", 2}, {true, 0, "CheckTokenMembership", 3},
         {false, 0, nullptr, 3}, {false, 0, "RegOpenKeyExW", 2},           {false, 0, "RegQueryValueExW", 2},
         {false, 1, nullptr, 2}, {false, std::nullopt, nullptr, 2},

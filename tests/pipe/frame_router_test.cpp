@@ -44,9 +44,7 @@ std::string Frame(std::string_view content) {
 class FrameRouter : public testing::Test {
   protected:
     FrameRouter() {
-        for (const char* const id : {"STEA", "XY"}) {
-            g_Subsystems.push_back(std::make_unique<Recorder>(id, delivered));
-        }
+        for (const char* const id : {"STEA", "XY"}) g_Subsystems.push_back(std::make_unique<Recorder>(id, delivered));
     }
     ~FrameRouter() override { g_Subsystems.clear(); }
 

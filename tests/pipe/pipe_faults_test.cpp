@@ -56,7 +56,7 @@ TEST_F(NamedPipeServerFaults, AFailedReadOrWriteEndsTheConnectionAndAStaleSignal
     }
 }
 
-// A pipe that can't be created anew leaves none; the owner still hears of the lost client.
+// A pipe that can't be recreated leaves none; the owner still hears of the lost client.
 TEST_F(NamedPipeServerFaults, AClientIsSeenToLeaveWithoutANewPipe) {
     ASSERT_TRUE(StartAndConnect() && IsServed());
     FailCall("CreateNamedPipeA", ERROR_NOT_ENOUGH_MEMORY);

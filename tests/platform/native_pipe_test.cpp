@@ -51,7 +51,7 @@ TEST_F(NativePipe, WhatADeadProcessHasLeftIsReplacedAndALivingOneRespected) {
     ASSERT_EQ(bind(left, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     close(left);
 
-    // The living one holds a lock. To the system, what opens the file anew is another owner, as in another process.
+    // The living one holds a lock. To the system, what opens the file again is another owner, as in another process.
     const std::string lockPath = Socket().string() + ".lock";
     const int lock = open(lockPath.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
     ASSERT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);

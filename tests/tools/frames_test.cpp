@@ -29,24 +29,24 @@ TEST(FrameReader, GivesUpOnWhatIsNoFrame) {
 }
 
 TEST(ParseAnswer, TakesTheNameFromBetweenTheNumbers) {
-    const struct {
-        const char* m_Body;
-        const char* m_Persona;
-        std::uint32_t m_Length;
-        const char* m_Ticket;
-    } kRows[] = {{"info_response:18446744073709551615:76561197960287930:Ada:2:0AFF", "Ada", 2, "0AFF"},
-                 {"info_response:18446744073709551615:76561197960287930:a:b::3:0:", "a:b::3", 0, ""},
-                 {"info_response:18446744073709551615:76561197960287930::0:", "", 0, ""}};
-    for (const auto& row : kRows) {
-        SCOPED_TRACE(row.m_Body);
-        const std::optional<launcher::Answer> answer = launcher::ParseAnswer(row.m_Body);
+    struct {
+        const char* body;
+        const char* persona;
+        std::uint32_t length;
+        const char* ticket;
+    } const rows[] = {{"info_response:18446744073709551615:76561197960287930:Ada:2:0AFF", "Ada", 2, "0AFF"},
+                      {"info_response:18446744073709551615:76561197960287930:a:b::3:0:", "a:b::3", 0, ""},
+                      {"info_response:18446744073709551615:76561197960287930::0:", "", 0, ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.body);
+        const std::optional<launcher::Answer> answer = launcher::ParseAnswer(row.body);
         ASSERT_TRUE(answer && std::holds_alternative<launcher::InfoResponse>(*answer));
         const auto& info = std::get<launcher::InfoResponse>(*answer);
         EXPECT_EQ(info.m_RequestId, 18446744073709551615U);
         EXPECT_EQ(info.m_SteamId, 76561197960287930U);
-        EXPECT_EQ(info.m_PersonaName, row.m_Persona);
-        EXPECT_EQ(info.m_TicketLength, row.m_Length);
-        EXPECT_EQ(info.m_Ticket, row.m_Ticket);
+        EXPECT_EQ(info.m_PersonaName, row.persona);
+        EXPECT_EQ(info.m_TicketLength, row.length);
+        EXPECT_EQ(info.m_Ticket, row.ticket);
     }
 }
 

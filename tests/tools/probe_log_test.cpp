@@ -56,10 +56,10 @@ TEST(Verdict, IsTheHeadingOfThePageForSupport) {
                                     "Launch Args: ", "Process created successfully. Process ID: "}) {
         launched.push_back(front + std::string(60'000, 'x'));
     }
-    const struct {
+    struct {
         std::vector<std::string> texts;
         const char* verdict;
-    } kRows[] = {
+    } const rows[] = {
         {with({first, "Attempting initialization of Steam API from game directory: /g", error, verdict}),
          "Steam refuses"},
         {with({first, error, verdict}), "Steam refuses, and there is no game directory"},
@@ -72,7 +72,7 @@ TEST(Verdict, IsTheHeadingOfThePageForSupport) {
         {launched, "A launcher comes and has a game started (no end: it still runs, or was killed)"},
         {connected, "Nothing known yet (no end: it still runs, or was killed)"},
     };
-    for (const auto& row : kRows) EXPECT_EQ(VerdictOn(row.texts), row.verdict);
+    for (const auto& row : rows) EXPECT_EQ(VerdictOn(row.texts), row.verdict);
 }
 
 TEST(EventsInWords, ShowDateMeaningAndKeys) {

@@ -29,20 +29,20 @@ TEST(Probe, SendsWhatTheCommandLineSays) {
 }
 
 TEST(Probe, EndsWithTwoOnACommandLineWithoutSense) {
-    const Arguments kRows[] = {{"probe"},
-                               {"probe", "dance"},
-                               {"probe", "launch"},
-                               {"probe", "raw", "123"},
-                               {"probe", "raw", "zz"},
-                               {"probe", "info", "launch", "game.exe"},
-                               {"probe", "info", "then"},
-                               {"probe", "info", "--id", "18446744073709551616"},
-                               {"probe", "info", "--id", "-1"},
-                               {"probe", "info", "--timeout", "soon"},
-                               {"probe", "log", "--run", "0"},
-                               {"probe", "events", "then", "info"},
-                               {"probe", "info", "then", "stop"}};
-    for (const Arguments& row : kRows) {
+    const Arguments rows[] = {{"probe"},
+                              {"probe", "dance"},
+                              {"probe", "launch"},
+                              {"probe", "raw", "123"},
+                              {"probe", "raw", "zz"},
+                              {"probe", "info", "launch", "game.exe"},
+                              {"probe", "info", "then"},
+                              {"probe", "info", "--id", "18446744073709551616"},
+                              {"probe", "info", "--id", "-1"},
+                              {"probe", "info", "--timeout", "soon"},
+                              {"probe", "log", "--run", "0"},
+                              {"probe", "events", "then", "info"},
+                              {"probe", "info", "then", "stop"}};
+    for (const Arguments& row : rows) {
         EXPECT_EQ(RunProbe(row), ExitStatus::Usage) << ::testing::PrintToString(row);
     }
 }

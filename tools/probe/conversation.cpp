@@ -11,9 +11,7 @@ class Conversation {
     explicit Conversation(const Options& options) : m_Options(options) {}
 
     ExitStatus Run() {
-        if (!m_Pipe.Open(m_Options.m_Pipe, m_Options.m_Timeout)) {
-            return NotConnected();
-        }
+        if (!m_Pipe.Open(m_Options.m_Pipe, m_Options.m_Timeout)) return NotConnected();
         Narrate("launcher: connected to " + m_Options.m_Pipe);
         ExitStatus status = ExitStatus::Done;
         for (const Command& command : m_Options.m_Commands) {

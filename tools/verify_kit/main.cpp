@@ -58,9 +58,7 @@ std::vector<TestCase> ListTests(const fs::path& program, const fs::path& folder)
     std::optional<int> code;
     std::vector<TestCase> tests;
     const json report = RunProgram(program, "--gtest_list_tests", folder, code);
-    if (report.is_discarded()) {
-        return {{program, "*", program.stem().string() + ".(can't tell its tests)"}};
-    }
+    if (report.is_discarded()) return {{program, "*", program.stem().string() + ".(can't tell its tests)"}};
     for (const json& suite : report.at("testsuites")) {
         for (const json& test : suite.at("testsuite")) {
             const std::string name = std::string(suite.at("name")) + "." + std::string(test.at("name"));

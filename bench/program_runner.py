@@ -1,4 +1,4 @@
-"""Where a part runs and how its programs are started: as Linux programs, or as Windows programs under Wine."""
+"""Runs the programs of a part, as Linux programs or as Windows programs under Wine."""
 
 import contextlib
 import os
@@ -13,7 +13,7 @@ TICKET = "A7" * 980  # an answer of 2 KB
 HELPER_PIPE = "TollmereSteamHelper"
 
 
-class Surroundings:
+class ProgramRunner:
     """`binaries` is the folder of the build, `work` an empty one. Ends what it has started when it is left."""
 
     def __init__(self, binaries, work, windows):
