@@ -14,21 +14,24 @@ using testing::StartsWith;
 
 using NamedPipeServerTest = PipeServerFixture;
 
-// To the server in several reads; back in one write after another, each but the first of them queued.
+// To the server in several reads; back in one write after another, of which most are queued before any is read.
 TEST_F(NamedPipeServerTest, MoreThanTheBufferKeepsItsOrderBothWays) {
     constexpr std::size_t kBlock = 50'000;
     std::string sent(12 * kBlock, '\0');
     for (std::size_t i = 0; i < sent.size(); ++i) sent[i] = static_cast<char>(i * 31 + i / 251);
     std::string received;
     std::size_t largest = 0;
+    std::atomic<bool> answered = false;
     OnData([&](const std::string& bytes) {
         received += bytes;
         largest = std::max(largest, bytes.size());
         if (received.size() < sent.size()) return;
         for (std::size_t i = 0; i < sent.size(); i += kBlock) EXPECT_TRUE(Send(received.substr(i, kBlock)));
+        answered = true;
     });
     ASSERT_TRUE(StartAndConnect());
     ASSERT_TRUE(Write(sent));
+    ASSERT_TRUE(support::WaitUntil([&] { return answered.load(); }));
     EXPECT_TRUE(Read(sent.size()) == sent);
     EXPECT_LE(largest, 65536u);
 }

@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "host/timed_shutdown.h"
 #include "pipe/named_pipe_server.h"
 #include "pipe/subsystem_base.h"
 #include "platform/posix/testing/clock.h"
@@ -124,6 +125,17 @@ TEST_F(SteamServiceTest, StopsWhenItsTimeHasRunOut) {
             return service->m_ReadyToExit.load();
         });
     });
+}
+
+// A completion may schedule the time-out, so none runs any more when that one is taken back.
+TEST_F(SteamServiceTest, StopsDeliveriesBeforeTheTimeOut) {
+    service.emplace();
+    ASSERT_TRUE(service->Init() && Served());
+    ScheduleTimedShutdown(&*service);
+    bool sent = true;
+    platform_testing::RunBefore("UnregisterWaitEx", [&] { sent = g_Subsystems[0]->SendSubsystemMessage("late"); });
+    service->Shutdown();
+    EXPECT_FALSE(sent);
 }
 
 // A handler has more to send than anybody reads, and goes on to answer while the stop waits for it.
