@@ -8,8 +8,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 TEST(LastError, IsReportedOnceAndConsumed) {
     test_support::LogCapture log;
@@ -17,14 +15,14 @@ TEST(LastError, IsReportedOnceAndConsumed) {
     EXPECT_EQ(ReportLastError("Failed to read from pipe."), ERROR_BROKEN_PIPE);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
     EXPECT_EQ(ReportLastError("Failed to read from pipe."), ERROR_SUCCESS);
-    EXPECT_THAT(log.Lines(), ElementsAre("Failed to read from pipe.", StartsWith("Last error: 109 (0x6d): ")));
+    EXPECT_THAT(log.Lines(), ElementsAre("Failed to read from pipe.", testing::StartsWith("Last error: 109 (0x6d): ")));
 }
 
 TEST(LastError, WithoutAMessageOrASystemText) {
     test_support::LogCapture log;
     SetLastError(ERROR_SUCCESS);
     EXPECT_EQ(ReportLastError("nothing failed"), ERROR_SUCCESS);
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
 
     SetLastError(0xE0001234);
     EXPECT_EQ(ReportLastError(nullptr), 0xE0001234);

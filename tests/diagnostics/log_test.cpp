@@ -11,8 +11,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 std::size_t PrefixLength(const std::string& line) {
     // "[date time] [process] [thread] "
     std::size_t end = 0;
@@ -27,7 +25,8 @@ TEST(Log, LinesHoldTheirTextWhateverItIs) {
     Log("%s", "");
     Log("a '%c' inside", 0);
     Log("behind it");
-    EXPECT_THAT(log.Lines(), ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", "", "a '", "behind it"));
+    EXPECT_THAT(log.Lines(),
+                testing::ElementsAre("plain 1", "100 %s \xD0\x96 \xF0\x9F\x8E\xAE", "", "a '", "behind it"));
 }
 
 TEST(Log, ALongTextIsCutAndKeepsItsLineEnd) {

@@ -13,7 +13,6 @@ namespace {
 using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::Not;
 
 class Probe : public HelperFixture {
   protected:
@@ -50,8 +49,8 @@ TEST_F(Probe, StopsTheHelperAndTellsWhatItLeft) {
 
     EXPECT_THAT(Run({"log"}), AllOf(ContainsRegex("  2 +" + failed + "  .*  No app id\n"),
                                     ContainsRegex("  1 +" + good + "  .*  The end\n")));
-    EXPECT_THAT(Run({"log", "--run", "2"}),
-                AllOf(HasSubstr("] Invalid steam app id\n"), Not(HasSubstr("Steam initialized successfully"))));
+    EXPECT_THAT(Run({"log", "--run", "2"}), AllOf(HasSubstr("] Invalid steam app id\n"),
+                                                  testing::Not(HasSubstr("Steam initialized successfully"))));
     EXPECT_THAT(Run({"log", "--run", "1"}), HasSubstr("] Steam initialized successfully\n"));
     Run({"log", "--run", "3"}, ExitStatus::NothingThere);
     EXPECT_THAT(Run({"events"}),

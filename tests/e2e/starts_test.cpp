@@ -117,10 +117,6 @@ TEST_F(Starts, ThatGoWellAddTheirEventsToThoseOfEarlierRuns) {
         CloseFromOutside();
         ExpectStored(Events(runs, kUp));
     }
-    variables["STEAM_STAND_IN_INIT"] = "fail";
-    Start();
-    ExpectEnd();
-    ExpectStored({kRefused, Down("480", "true", "true"), kUp, kUp, kUp});
 }
 
 TEST_F(Starts, ASecondHelperCannotCreateThePipe) {

@@ -15,7 +15,6 @@ namespace e2e {
 namespace {
 
 namespace fs = std::filesystem;
-using launcher::MakeFrame;
 using launcher::Outcome;
 using support::Limit;
 
@@ -79,7 +78,7 @@ class Visits : public HelperFixture {
     // Leaves when it has its answer, at once, or in the middle of something. False if the helper was mute.
     bool Visit(launcher::PipeClient& client, int number) {
         ++visits;
-        const std::string request = MakeFrame("info_request:1");
+        const std::string request = launcher::MakeFrame("info_request:1");
         bool served = true;
         if (number % 2 == 0) {
             std::string answer;

@@ -7,9 +7,7 @@
 
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
-using testing::IsSupersetOf;
 using testing::StartsWith;
 
 using NamedPipeServerTest = PipeServerFixture;
@@ -67,7 +65,7 @@ TEST_F(NamedPipeServerTest, WhatCannotBeSentStaysWithItsCaller) {
     });
     ASSERT_TRUE(StartAndConnect() && IsServed());
     EXPECT_TRUE(kept);
-    EXPECT_THAT(log.Lines(), IsSupersetOf({invalid, invalid}));
+    EXPECT_THAT(log.Lines(), testing::IsSupersetOf({invalid, invalid}));
 
     client.Close();
     ASSERT_TRUE(Disconnected(1));
@@ -135,7 +133,7 @@ TEST_F(NamedPipeServerTest, StopsInEveryStateAndStartsAgain) {
             client.Close();
         }
     }
-    EXPECT_THAT(log.Lines(), testing::Not(Contains(StartsWith("Failed to unregister"))));
+    EXPECT_THAT(log.Lines(), testing::Not(testing::Contains(StartsWith("Failed to unregister"))));
 }
 
 }  // namespace

@@ -149,6 +149,11 @@ TEST(OverlappedOperationFaults, EachFailingCallHasItsLineAndLeavesAnObjectThatCa
         operation.Cleanup(false);
         EXPECT_THAT(log.Lines(), ElementsAre());
     }
+    const LockGuard lock(g_CompletionLock);
+    DWORD count = 0;
+    FailCall("GetOverlappedResult", ERROR_IO_INCOMPLETE);
+    EXPECT_EQ(operation.TakeResult(nullptr, count), OverlappedOperation::Result::StillPending);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << "that is no failure for a later report to find";
 }
 
 }  // namespace

@@ -41,11 +41,6 @@ class SteamApi : public testing::Test {
         g_SteamLocation.m_WasSet = location.has_value();
         g_SteamLocation.m_Value = location.value_or("");
     }
-    static std::string Environment(const char* name) {
-        char value[256] = {};
-        GetEnvironmentVariableA(name, value, sizeof value);
-        return value;
-    }
     static WideString CurrentDirectory() {
         WCHAR path[kPathCapacity] = {};
         GetCurrentDirectoryW(kPathCapacity, path);
@@ -89,7 +84,9 @@ TEST_F(SteamApi, TheAppIdOfTheCommandLineWinsOverThatOfTheEnvironment) {
         EXPECT_EQ(own.InitClass(), row.appId == 0);
         EXPECT_FALSE(own.m_Initialized);
         EXPECT_EQ(own.m_AppId, row.appId);
-        EXPECT_EQ(Environment("SteamAppId"), row.environmentAfter);
+        char environmentAfter[256] = {};
+        GetEnvironmentVariableA("SteamAppId", environmentAfter, sizeof environmentAfter);
+        EXPECT_EQ(environmentAfter, row.environmentAfter);
         const Lines lines = log.Lines();
         const auto behind = std::find(lines.begin(), lines.end(), "Processed Steam Location from Command Line: ");
         EXPECT_EQ(Lines(lines.begin(), behind), row.lines);

@@ -4,7 +4,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StartsWith;
 
 using EventStore = StoreFixture;
 
@@ -128,7 +127,7 @@ TEST_F(EventStore, WhatIsNoStoreIsJudgedByItsKind) {
         source.m_Events.clear();
         Queue("new", 1);
         EXPECT_TRUE(SaveEvents());
-        EXPECT_THAT(*ReadStore(), StartsWith(Document({Entry("new", "1")}).substr(0, 50)));
+        EXPECT_THAT(*ReadStore(), testing::StartsWith(Document({Entry("new", "1")}).substr(0, 50)));
         log.Lines();
     }
 }

@@ -7,8 +7,6 @@
 
 namespace {
 
-using ::testing::ElementsAre;
-
 std::vector<std::string> Drain(launcher::FrameReader& reader) {
     std::vector<std::string> frames;
     while (const std::optional<launcher::Frame> frame = reader.Next()) {
@@ -23,7 +21,7 @@ TEST(FrameReader, GivesUpOnWhatIsNoFrame) {
          {std::string("\xFF\xFF\xFF\xFF", 4), std::string("\3\0\0\0abc", 7), std::string("\0\0\0\0", 4)}) {
         launcher::FrameReader reader;
         reader.Feed(good + bad + good);
-        EXPECT_THAT(Drain(reader), ElementsAre("STEA|good"));
+        EXPECT_THAT(Drain(reader), testing::ElementsAre("STEA|good"));
         EXPECT_TRUE(reader.IsBroken());
     }
 }

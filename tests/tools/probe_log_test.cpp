@@ -8,7 +8,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 std::string Line(const char* second, const char* process, const std::string& text) {
     return std::string("[2026-11-23 14:05:") + second + ".000] [" + process + "] [ 1A4] " + text + "\r\n";
@@ -29,7 +28,7 @@ TEST(LogRuns, AreToldApartByBannerAndProcess) {
     EXPECT_EQ(runs[1].m_Begin, "2026-11-23 14:05:02.000");
     EXPECT_EQ(runs[1].m_End, "2026-11-23 14:05:04.000");
     EXPECT_THAT(runs[1].m_Texts, ElementsAre(banner, "Last error: 2 (0x2): Two"));
-    EXPECT_THAT(runs[1].m_Lines, ElementsAre(testing::_, HasSubstr("] Last error"), "lines."));
+    EXPECT_THAT(runs[1].m_Lines, ElementsAre(testing::_, testing::HasSubstr("] Last error"), "lines."));
     EXPECT_THAT(runs[2].m_Texts, ElementsAre(banner, "late"));
     EXPECT_TRUE(runs[3].m_HasBeginning);
 }

@@ -10,7 +10,6 @@
 namespace {
 
 using namespace std::string_literals;
-using test_support::LogCapture;
 using testing::ElementsAre;
 
 bool Parse(JsonToken& token, const std::string& text) {
@@ -33,7 +32,7 @@ std::string Row(JsonToken token, bool more) {
 }
 
 TEST(JsonToken, TokensInARow) {
-    LogCapture log;
+    test_support::LogCapture log;
     struct {
         std::string text;
         std::string row;       // of the text; empty: no token at all

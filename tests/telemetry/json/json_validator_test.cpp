@@ -14,7 +14,6 @@ namespace {
 using namespace std::string_literals;
 using test_support::LogCapture;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // Before each of its lines.
 const std::string kPrefix = "JSON Validation Error: ";
@@ -125,7 +124,7 @@ TEST(JsonValidator, AcceptsInSilence) {
     for (const std::string& text : texts) {
         SCOPED_TRACE(text.substr(0, 100));
         EXPECT_TRUE(Validate(text));
-        EXPECT_THAT(log.Lines(), IsEmpty());
+        EXPECT_THAT(log.Lines(), testing::IsEmpty());
     }
 }
 

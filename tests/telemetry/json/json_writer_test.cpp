@@ -15,7 +15,6 @@ namespace {
 
 using test_support::LogCapture;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // A writer on a heap block of exactly its capacity.
 struct Output {
@@ -211,7 +210,7 @@ TEST(JsonWriter, NamesGoByTheContainer) {
         EXPECT_EQ(w.m_Cursor > 1, row.allowed);
         EXPECT_EQ(w.End(), !row.fails);
     }
-    EXPECT_THAT(log.Lines(), IsEmpty());
+    EXPECT_THAT(log.Lines(), testing::IsEmpty());
 }
 
 }  // namespace
