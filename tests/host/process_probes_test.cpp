@@ -1,7 +1,6 @@
 #include "host/process_probes.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -36,7 +35,7 @@ TEST(ProcessProbesDeathTest, TheAdminStateIsComputedOnceFromTokenAndRegistry) {
     };
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     for (const auto& [administrator, enableLua, failing, state] : rows) {
-        EXPECT_EXIT(_exit(ExitWithState(administrator, enableLua, failing)), testing::ExitedWithCode(state), "");
+        EXPECT_EXIT(std::exit(ExitWithState(administrator, enableLua, failing)), testing::ExitedWithCode(state), "");
     }
 }
 
