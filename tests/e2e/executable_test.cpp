@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tollmere_version.h>
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,6 +16,20 @@
 namespace e2e {
 
 namespace {
+
+// A text of a program's version resource; nothing if there is none.
+std::wstring VersionText(const char* program, const std::wstring& name) {
+    const std::filesystem::path path = BinFolder() / ProgramFile(program);
+    std::string block(GetFileVersionInfoSizeW(path.c_str(), nullptr), '\0');
+    WCHAR* text = nullptr;
+    UINT size = 0;
+    if (!GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()) ||
+        !VerQueryValueW(block.data(), (L"\\StringFileInfo\\040904B0\\" + name).c_str(), reinterpret_cast<void**>(&text),
+                        &size)) {
+        return {};
+    }
+    return text;
+}
 
 class Executable : public testing::Test {
   protected:
@@ -56,7 +72,7 @@ TEST_F(Executable, IsAHardenedGuiProgramThatNeedsNothingButTheSystem) {
     EXPECT_THAT(imported, testing::Contains("kernel32.dll"));
 }
 
-TEST_F(Executable, CarriesItsManifestItsIconInEachSizeAndTheVersionOfTheBuild) {
+TEST_F(Executable, CarriesItsManifestAndItsIconInEachSize) {
     const std::string manifest = Resource(CREATEPROCESS_MANIFEST_RESOURCE_ID, RT_MANIFEST);
     for (const char* const text :
          {"<requestedExecutionLevel level=\"asInvoker\" uiAccess=\"false\"/>", ">true/PM</dpiAware>",
@@ -76,13 +92,14 @@ TEST_F(Executable, CarriesItsManifestItsIconInEachSizeAndTheVersionOfTheBuild) {
         EXPECT_NE(Resource(MAKEINTRESOURCEW(number), RT_ICON), "");
     }
     EXPECT_THAT(widths, testing::UnorderedElementsAre(16, 32, 48, 0));
+}
 
-    std::string block = Resource(MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
-    WCHAR* text = nullptr;
-    UINT size = 0;
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\ProductVersion",
-                               reinterpret_cast<void**>(&text), &size));
-    EXPECT_STREQ(text, L"" TOLLMERE_VERSION);
+TEST(Version, OfEachProgramIsThatOfTheBuildWithItsCommit) {
+    const std::wstring version = L"" TOLLMERE_VERSION;
+    for (const char* const program : {"tollmere_steam_helper", "probe"}) {
+        EXPECT_EQ(VersionText(program, L"ProductVersion"), version) << program;
+        EXPECT_EQ(VersionText(program, L"FileVersion"), version.substr(0, version.find(L'+'))) << program;
+    }
 }
 
 }  // namespace

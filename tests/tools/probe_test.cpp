@@ -1,6 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <string>
+
 #include "platform/windows_api.h"
 #include "support/frames.h"
 #include "support/pipe_client.h"
@@ -45,6 +48,14 @@ TEST(Probe, EndsWithTwoOnACommandLineWithoutSense) {
     for (const Arguments& row : rows) {
         EXPECT_EQ(RunProbe(row), ExitStatus::Usage) << ::testing::PrintToString(row);
     }
+}
+
+TEST(Probe, TellsItsVersionAndTheCommitOfAClone) {
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(RunProbe({"probe", "--version"}), ExitStatus::Done);
+    const std::regex form(R"(probe \d+\.\d+\.\d+(\+[0-9a-f]{12,}(-dirty)?)?\r?\n)");
+    const std::string output = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(std::regex_match(output, form)) << output;
 }
 
 TEST(Probe, TellsAPipeThatIsBusyFromOneThatIsNotThere) {

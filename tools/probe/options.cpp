@@ -58,6 +58,7 @@ class PartParser {
             "--id", [this](const std::string& text) { m_Id = ReadNumber<std::uint64_t>("--id", text); });
         m_App.add_flag("--json", m_Options.m_Json);
         m_App.add_flag("-v,--verbose", m_Options.m_Verbose);
+        m_App.set_version_flag("--version");
 
         m_Info = m_App.add_subcommand("info");
         m_Launch = m_App.add_subcommand("launch");
@@ -134,6 +135,9 @@ bool ParseOptions(const std::vector<std::string>& arguments, Options& options, s
         return true;
     } catch (const CLI::CallForHelp&) {
         options.m_Help = true;
+        return true;
+    } catch (const CLI::CallForVersion&) {
+        options.m_Version = true;
         return true;
     } catch (const CLI::Error& reason) {
         error = reason.what();

@@ -27,7 +27,8 @@ struct Options {
     std::chrono::milliseconds m_Timeout{5000};
     bool m_Json = false;
     bool m_Verbose = false;
-    bool m_Help = false;  // nothing else counts then
+    bool m_Help = false;     // nothing else counts then
+    bool m_Version = false;  // nor then
     std::vector<Command> m_Commands;
 };
 

@@ -1,5 +1,7 @@
 #include "tools/probe/run.h"
 
+#include <tollmere_version.h>
+
 #include <cstdio>
 
 #include "tools/probe/conversation.h"
@@ -19,6 +21,10 @@ ExitStatus RunProbe(const std::vector<std::string>& arguments) {
     }
     if (options.m_Help) {
         std::fputs(kUsage, stdout);
+        return ExitStatus::Done;
+    }
+    if (options.m_Version) {
+        std::puts("probe " TOLLMERE_VERSION);
         return ExitStatus::Done;
     }
     switch (options.m_Task) {

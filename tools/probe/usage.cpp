@@ -32,6 +32,7 @@ OPTIONS
   --pipe NAME     default TollmereSteamHelper
   -v, --verbose   says on standard error who says what, as it happens
   -h, --help      prints this
+  --version       prints the version and, if it was built from a clone, the commit
 
 EXIT STATUS
   0  all that was asked for is done     5  the pipe was busy: it serves another client

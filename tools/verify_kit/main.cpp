@@ -4,6 +4,7 @@
 // Prints what fails and how many passed and failed, and leaves results.json in the folder above its own. Exit status: 0
 // if all passed, 1 if one failed or none ran.
 
+#include <tollmere_version.h>
 #include <windows.h>
 
 #include <algorithm>
