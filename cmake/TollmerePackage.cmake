@@ -2,13 +2,21 @@
 # kit for those who write a launcher. With the same inputs they are the same to the byte; SOURCE_DATE_EPOCH, in seconds
 # since 1970, is the date of the files in them.
 
+# The licence of our own code is the owner's to choose: it is packed where there is one.
+file(GLOB licence CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/LICENSE")
+set(TOLLMERE_NOTICES "${CMAKE_SOURCE_DIR}/packaging/NOTICES.txt" ${licence})
+
 install(TARGETS tollmere_steam_helper probe RUNTIME DESTINATION . COMPONENT program)
-install(FILES README.md packaging/NOTICES.txt DESTINATION . COMPONENT program)
-install(DIRECTORY docs DESTINATION . COMPONENT program)
+install(FILES packaging/program.md RENAME README.md DESTINATION . COMPONENT program)
+install(FILES CHANGELOG.md ${TOLLMERE_NOTICES} DESTINATION . COMPONENT program)
+install(FILES docs/integration.md docs/operations.md docs/protocol.md docs/security.md DESTINATION docs COMPONENT program)
+
 install(FILES
   "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tollmere_steam_helper.pdb"
   "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/probe.pdb"
   DESTINATION . COMPONENT symbols)
+install(FILES packaging/symbols.md RENAME README.md DESTINATION . COMPONENT symbols)
+install(FILES ${TOLLMERE_NOTICES} DESTINATION . COMPONENT symbols)
 
 install(TARGETS tollmere_steam_helper probe sample_game steam_stand_in
   RUNTIME DESTINATION bin COMPONENT devkit

@@ -15,6 +15,10 @@ windows_packages=(
     zip                             # the package
 )
 asan_packages=(clang-14 libclang-rt-14-dev)
+release_packages=(
+    dpkg python3                # versions of what is linked in; the SBOM
+    python3-jsonschema python3-license-expression # check it
+)
 bench_packages=(
     dpkg-dev                # unpacks the sources of libuv, for Windows
     libboost-dev libuv1-dev # other servers
