@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -35,6 +36,9 @@ class PipeClient {
 
     // Waits for at least one byte and appends what is there, up to 65,536 bytes, to `bytes`.
     Outcome Read(std::string& bytes, std::chrono::milliseconds limit);
+
+    // Of the process that serves the pipe; 0 if it isn't open or the system doesn't tell.
+    std::uint32_t ServerProcessId() const;
 
     void Close();
     bool IsOpen() const;

@@ -83,6 +83,13 @@ bool PipeClient::TryOpen(const std::string& name) {
     return true;
 }
 
+std::uint32_t PipeClient::ServerProcessId() const {
+    ucred server = {};
+    socklen_t size = sizeof server;
+    if (!IsOpen() || getsockopt(m_Connection->m_Socket, SOL_SOCKET, SO_PEERCRED, &server, &size) != 0) return 0;
+    return static_cast<std::uint32_t>(server.pid);
+}
+
 // Nothing tells when a socket takes somebody in again.
 bool PipeClient::AwaitTurn(const std::string&, std::chrono::milliseconds) {
     return false;

@@ -87,6 +87,11 @@ bool PipeClient::TryOpen(const std::string& name) {
     return true;
 }
 
+std::uint32_t PipeClient::ServerProcessId() const {
+    ULONG id = 0;
+    return IsOpen() && GetNamedPipeServerProcessId(m_Connection->m_Pipe, &id) ? id : 0;
+}
+
 bool PipeClient::AwaitTurn(const std::string& name, std::chrono::milliseconds limit) {
     return WaitNamedPipeW(PipePath(name).c_str(), std::max<DWORD>(Milliseconds(limit), 1)) != 0;
 }

@@ -1,8 +1,8 @@
 #include "support/temp_folder.h"
 
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <sstream>
 
 namespace support {
 
@@ -29,9 +29,22 @@ std::filesystem::path FromUtf8(const std::string& text) {
     return {std::u8string(text.begin(), text.end())};
 }
 
-std::string ReadAll(const std::filesystem::path& file) {
+bool TryReadAll(const std::filesystem::path& file, std::string& bytes) {
+    std::error_code error;
     std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    // Some systems open a folder, too, but nothing can be read from it.
+    if (!stream || std::filesystem::is_directory(file, error)) return false;
+    std::ostringstream all;
+    // Unlike the iterators this throws nothing where the system can't read on.
+    all << stream.rdbuf();
+    bytes = std::move(all).str();
+    return true;
+}
+
+std::string ReadAll(const std::filesystem::path& file) {
+    std::string bytes;
+    TryReadAll(file, bytes);
+    return bytes;
 }
 
 }  // namespace support

@@ -23,7 +23,9 @@ class TempFolder {
 std::string ToUtf8(const std::filesystem::path& path);
 std::filesystem::path FromUtf8(const std::string& text);
 
-// All bytes of a file; empty if there is none.
+// All bytes of a file. False, with `bytes` untouched, if there is none or it can't be opened.
+bool TryReadAll(const std::filesystem::path& file, std::string& bytes);
+// The same; empty if there is none.
 std::string ReadAll(const std::filesystem::path& file);
 
 }  // namespace support

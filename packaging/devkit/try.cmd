@@ -15,7 +15,6 @@ echo %LOG_FOLDER%
 
 echo --- Doctor: is everything there?
 probe doctor --helper tollmere_steam_helper.exe
-echo (Without Steam the line about Steam's process is no fault here: the stand-in does without it.)
 
 echo --- Start
 start "" tollmere_steam_helper.exe

@@ -75,6 +75,7 @@ class HelperFixture : public testing::Test {
 
     support::ChildProcess& Helper() { return *m_Process; }
     launcher::PipeClient& Launcher() { return m_Launcher; }
+    void RegisterSteam(std::uint32_t processId) { m_Machine.RegisterSteam(processId); }
     std::filesystem::path LogFile() const { return m_Machine.LogFile(); }
     std::filesystem::path EventFile() const { return m_Machine.EventFile(); }
 

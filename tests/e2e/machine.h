@@ -47,12 +47,17 @@ class Machine {
     // The event store. It isn't there at first.
     const std::filesystem::path& EventFile() const { return m_EventFile; }
 
+    // Leaves behind what tells this process that Steam runs as the process of that id, or, with 0, that it doesn't.
+    // What a real Steam has left stays as it is.
+    void RegisterSteam(std::uint32_t processId);
+
     // Moves the helper's clock where it can be moved; elsewhere time passes by itself.
     void LetPass(std::chrono::milliseconds time);
     // Takes back what no helper has noticed, so that it doesn't pass for the next one.
     void TakeBackTime();
 
   private:
+    const std::filesystem::path m_Home;
     support::Environment m_Variables;
     std::filesystem::path m_LogFile;
     std::filesystem::path m_EventFile;

@@ -41,7 +41,7 @@ bool EndProcess(std::uint32_t processId) {
     return kill(static_cast<pid_t>(processId), SIGKILL) == 0;
 }
 
-Machine::Machine(const fs::path& folder) {
+Machine::Machine(const fs::path& folder) : m_Home(folder / "home") {
     const fs::path pipes = folder / "pipes";
     const fs::path programData = folder / "data";
     const fs::path clock = folder / "clock";
@@ -65,6 +65,12 @@ Machine::Machine(const fs::path& folder) {
 
 Machine::~Machine() {
     if (m_Clock >= 0) close(m_Clock);
+}
+
+void Machine::RegisterSteam(std::uint32_t processId) {
+    setenv("HOME", m_Home.c_str(), 1);
+    fs::create_directories(m_Home / ".steam");
+    std::ofstream(m_Home / ".steam" / "steam.pid") << processId;
 }
 
 void Machine::LetPass(std::chrono::milliseconds time) {

@@ -59,8 +59,9 @@ bool EndProcess(std::uint32_t processId) {
     return ended;
 }
 
-Machine::Machine(const fs::path&)
-    : m_LogFile(LauncherFolder(FOLDERID_ProgramData) / "tollmere_steam_helper.log"),
+Machine::Machine(const fs::path& folder)
+    : m_Home(folder / "home"),
+      m_LogFile(LauncherFolder(FOLDERID_ProgramData) / "tollmere_steam_helper.log"),
       m_EventFile(LauncherFolder(FOLDERID_LocalAppData) / "steam_events.json") {
     fs::create_directories(m_LogFile.parent_path());
     fs::remove(m_LogFile);
@@ -68,6 +69,21 @@ Machine::Machine(const fs::path&)
 }
 
 Machine::~Machine() = default;
+
+// Below a key that stands for the user's own in this process, and that goes with the session.
+void Machine::RegisterSteam(std::uint32_t processId) {
+    HKEY key = nullptr;
+    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\TollmereTest", 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                    nullptr, &key, nullptr);
+    RegOverridePredefKey(HKEY_CURRENT_USER, key);
+    RegCloseKey(key);
+    RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Valve\\Steam\\ActiveProcess", 0, nullptr, REG_OPTION_VOLATILE,
+                    KEY_ALL_ACCESS, nullptr, &key, nullptr);
+    const DWORD id = processId;
+    RegSetValueExW(key, L"pid", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&id), sizeof id);
+    RegCloseKey(key);
+}
 
 void Machine::LetPass(std::chrono::milliseconds) {}
 

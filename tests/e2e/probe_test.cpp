@@ -53,6 +53,9 @@ TEST_F(Probe, StopsTheHelperAndTellsWhatItLeft) {
                                                   testing::Not(HasSubstr("Steam initialized successfully"))));
     EXPECT_THAT(Run({"log", "--run", "1"}), HasSubstr("] Steam initialized successfully\n"));
     Run({"log", "--run", "3"}, ExitStatus::NothingThere);
+    EXPECT_THAT(Run({"log", "--json"}), HasSubstr(R"("verdict":"No app id","code":"no-app-id"})"));
+    EXPECT_THAT(Run({"log", "--run", "2", "--json"}), HasSubstr(R"(,"text":"Invalid steam app id"})"));
+    EXPECT_EQ(Run({"log", "--follow", "--timeout", "0"}), "") << "what is there already isn't shown";
     EXPECT_THAT(Run({"events"}),
                 AllOf(ContainsRegex("^20..-..-.. ..:..:.. UTC  how far the start got\n    app id: 480\n"),
                       HasSubstr("    the user's Steam id: 76561197960287930\n"), HasSubstr("    app id: 0\n")));

@@ -1,7 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "support/temp_folder.h"
 #include "tools/probe/event_words.h"
+#include "tools/probe/log_follower.h"
 #include "tools/probe/log_runs.h"
 #include "tools/probe/verdict.h"
 
@@ -31,6 +35,32 @@ TEST(LogRuns, AreToldApartByBannerAndProcess) {
     EXPECT_THAT(runs[1].m_Lines, ElementsAre(testing::_, testing::HasSubstr("] Last error"), "lines."));
     EXPECT_THAT(runs[2].m_Texts, ElementsAre(banner, "late"));
     EXPECT_TRUE(runs[3].m_HasBeginning);
+}
+
+TEST(LogFollower, ReadsOnBehindARotation) {
+    const support::TempFolder folder;
+    const std::filesystem::path log = folder.Path() / "log";
+    const std::filesystem::path old = folder.Path() / "old";
+    const auto add = [&](const std::string& text) { std::ofstream(log, std::ios::app | std::ios::binary) << text; };
+    const std::string earlier = Line("01", "    77", "earlier");
+    const std::string first = Line("02", "    77", "first");
+    add(earlier + "[2026");
+    LogFollower follower(log, old);
+    EXPECT_THAT(follower.NewLines(), ElementsAre());
+    add("-rest\r\n" + first);
+    EXPECT_THAT(follower.NewLines(), ElementsAre("[2026-rest", first.substr(0, first.size() - 2)));
+    EXPECT_THAT(follower.NewLines(), ElementsAre());
+
+    // Twice: a new log that is shorter, and one that is longer than what was read of the old one.
+    for (const std::string length :
+         {"", "much longer, so that the size alone doesn't tell that this is another file"}) {
+        add("last of the old\r\n");
+        std::filesystem::rename(log, old);
+        EXPECT_THAT(follower.NewLines(), ElementsAre()) << "there is no log at this moment";
+        const std::string text = std::string(earlier.size() * (length.empty() ? 0 : 9), 'x') + length;
+        add(Line(length.empty() ? "03" : "04", "    78", text));
+        EXPECT_THAT(follower.NewLines(), ElementsAre("last of the old", testing::HasSubstr("] " + text)));
+    }
 }
 
 TEST(Verdict, IsTheHeadingOfThePageForSupport) {
@@ -85,9 +115,14 @@ TEST(EventsInWords, ShowDateMeaningAndKeys) {
                             "1601-01-01 00:00:00 UTC  how far the start got", "    the Steam library was loaded: yes",
                             R"(    xx: "\"")", "    the user's Steam id: 18446744073709551615",
                             "(no time)  unknown event null"));
+    const auto json =
+        EventsAsJson(R"({"metrics":[{"data":"\"id\":3,\"sa\":0,\"si\":18446744073709551615","time":0}]})");
+    ASSERT_TRUE(json);
+    EXPECT_THAT(*json, ElementsAre(R"({"date":"1601-01-01 00:00:00 UTC","meaning":"how far the start got",)"
+                                   R"("data":{"id":3,"sa":0,"si":"18446744073709551615"}})"));
     for (const char* const damaged : {"", "{", "[]", "{}", R"({"metrics":1})", R"({"metrics":[1]})",
                                       R"({"metrics":[{"data":"\"id\":"}]})", R"({"metrics":[{"data":1}]})"}) {
-        EXPECT_FALSE(EventsInWords(damaged)) << damaged;
+        EXPECT_FALSE(EventsInWords(damaged) || EventsAsJson(damaged)) << damaged;
     }
 }
 

@@ -43,6 +43,8 @@ TEST(Probe, EndsWithTwoOnACommandLineWithoutSense) {
                               {"probe", "info", "--id", "-1"},
                               {"probe", "info", "--timeout", "soon"},
                               {"probe", "log", "--run", "0"},
+                              {"probe", "log", "--run", "1", "--follow"},
+                              {"probe", "doctor", "--app-id", "-1"},
                               {"probe", "events", "then", "info"},
                               {"probe", "info", "then", "stop"}};
     for (const Arguments& row : rows) {

@@ -10,6 +10,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr char kId[] = "id";
+constexpr char kSteamId[] = "si";
 
 std::string Meaning(const Json& id) {
     const char* const kMeanings[] = {"no window", "no pipe", "Steam refused each attempt", "how far the start got"};
@@ -25,7 +26,7 @@ std::string KeyInWords(const std::string& key) {
                                                              {"sd", "the Steam library was loaded"},
                                                              {"sp", "its SteamAPI_Init was found"},
                                                              {"so", "Steam is offline"},
-                                                             {"si", "the user's Steam id"},
+                                                             {kSteamId, "the user's Steam id"},
                                                              {"sl", "a game directory is known"},
                                                              {"st", "there is a ticket"},
                                                              {"ss", "Steam is up"}};
@@ -65,19 +66,48 @@ std::optional<Json> DataOf(const Json& event) {
     return data.is_object() ? std::optional(data) : std::nullopt;
 }
 
-}  // namespace
+struct Event {
+    std::string m_Date;
+    std::string m_Meaning;
+    Json m_Data;
+};
 
-std::optional<std::vector<std::string>> EventsInWords(const std::string& store) {
+std::optional<std::vector<Event>> ReadEvents(const std::string& store) {
     const Json document = Json::parse(store, nullptr, false);
     if (!document.is_object() || !document.contains("metrics") || !document["metrics"].is_array()) return std::nullopt;
-    std::vector<std::string> lines;
+    std::vector<Event> events;
     for (const Json& event : document["metrics"]) {
         const std::optional<Json> data = DataOf(event);
         if (!data) return std::nullopt;
-        lines.push_back(Date(event.value("time", Json())) + "  " + Meaning(data->value(kId, Json())));
-        for (const auto& [key, value] : data->items()) {
+        events.push_back({Date(event.value("time", Json())), Meaning(data->value(kId, Json())), *data});
+    }
+    return events;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> EventsInWords(const std::string& store) {
+    const auto events = ReadEvents(store);
+    if (!events) return std::nullopt;
+    std::vector<std::string> lines;
+    for (const Event& event : *events) {
+        lines.push_back(event.m_Date + "  " + event.m_Meaning);
+        for (const auto& [key, value] : event.m_Data.items()) {
             if (key != kId) lines.push_back("    " + KeyInWords(key) + ": " + ValueInWords(value));
         }
+    }
+    return lines;
+}
+
+std::optional<std::vector<std::string>> EventsAsJson(const std::string& store) {
+    const auto events = ReadEvents(store);
+    if (!events) return std::nullopt;
+    std::vector<std::string> lines;
+    for (const Event& event : *events) {
+        Json data = event.m_Data;
+        if (data.contains(kSteamId) && data[kSteamId].is_number()) data[kSteamId] = data[kSteamId].dump();
+        const Json json = {{"date", event.m_Date}, {"meaning", event.m_Meaning}, {"data", data}};
+        lines.push_back(json.dump(-1, ' ', false, Json::error_handler_t::replace));
     }
     return lines;
 }

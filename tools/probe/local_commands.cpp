@@ -12,17 +12,31 @@ CLI::App* Add(CLI::App& app, Options& options, const char* name, Task task) {
 }
 
 // Of what is counted from 1.
-void AddNumber(CLI::App* command, const char* option, std::uint32_t& target) {
-    command->add_option_function<std::string>(option, [option, &target](const std::string& text) {
+CLI::Option* AddNumber(CLI::App* command, const char* option, std::uint32_t& target) {
+    return command->add_option_function<std::string>(option, [option, &target](const std::string& text) {
         target = ReadNumber<std::uint32_t>(option, text);
         if (target == 0) throw CLI::ValidationError(option, "counts from 1");
     });
 }
 
+void AddDoctor(CLI::App& app, Options& options) {
+    CLI::App* const doctor = Add(app, options, "doctor", Task::Doctor);
+    doctor->add_option("--helper", options.m_Helper);
+    // 0, too: whether it makes sense is for the doctor to say.
+    doctor->add_option_function<std::string>("--app-id", [&options](const std::string& text) {
+        options.m_AppId = ReadNumber<std::uint32_t>("--app-id", text);
+    });
+    doctor->add_option("--dir", options.m_Directory);
+    doctor->add_flag("--connect", options.m_Connect);
+}
+
 }  // namespace
 
 void AddLocalCommands(CLI::App& app, Options& options) {
-    AddNumber(Add(app, options, "log", Task::ShowLog), "--run", options.m_Run);
+    CLI::App* const log = Add(app, options, "log", Task::ShowLog);
+    CLI::Option* const run = AddNumber(log, "--run", options.m_Run);
+    log->add_flag("--follow", options.m_Follow)->excludes(run);
     Add(app, options, "events", Task::ShowEvents);
     AddNumber(Add(app, options, "stop", Task::Stop), "--pid", options.m_ProcessId);
+    AddDoctor(app, options);
 }

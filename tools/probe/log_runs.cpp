@@ -11,23 +11,16 @@ constexpr std::size_t kBannerLength = 33;
 class Splitter {
   public:
     void Take(std::string_view line) {
-        static const std::regex prefix(
-            R"(\[(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})\] \[ {0,5}(\d{1,10})\] \[ {0,3}[\dA-F]{1,8}\] )");
-        std::cmatch parts;
-        const auto atStart = std::regex_constants::match_continuous;
-        if (!std::regex_search(line.data(), line.data() + line.size(), parts, prefix, atStart)) {
-            // The system's text for an error can have lines of its own.
+        std::optional<LogLine> parsed = ParseLogLine(line);
+        if (!parsed) {
             if (m_Latest < m_Runs.size() && !line.empty()) m_Runs[m_Latest].m_Lines.emplace_back(line);
             return;
         }
-        std::uint64_t processId = 0;
-        std::from_chars(parts[2].first, parts[2].second, processId);
-        const std::string text = parts.suffix();
-        LogRun& run = RunOf(processId, text == std::string(kBannerLength, '\\'));
-        if (run.m_Begin.empty()) run.m_Begin = parts[1];
-        run.m_End = parts[1];
+        LogRun& run = RunOf(parsed->m_ProcessId, parsed->m_Text == std::string(kBannerLength, '\\'));
+        if (run.m_Begin.empty()) run.m_Begin = parsed->m_Time;
+        run.m_End = std::move(parsed->m_Time);
         run.m_Lines.emplace_back(line);
-        run.m_Texts.push_back(text);
+        run.m_Texts.push_back(std::move(parsed->m_Text));
     }
 
     std::vector<LogRun> Runs() && { return std::move(m_Runs); }
@@ -50,6 +43,17 @@ class Splitter {
 };
 
 }  // namespace
+
+std::optional<LogLine> ParseLogLine(std::string_view line) {
+    static const std::regex prefix(
+        R"(\[(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})\] \[ {0,5}(\d{1,10})\] \[ {0,3}([\dA-F]{1,8})\] )");
+    std::cmatch parts;
+    const auto atStart = std::regex_constants::match_continuous;
+    if (!std::regex_search(line.data(), line.data() + line.size(), parts, prefix, atStart)) return std::nullopt;
+    std::uint64_t processId = 0;
+    std::from_chars(parts[2].first, parts[2].second, processId);
+    return LogLine{parts[1], processId, parts[3], parts.suffix()};
+}
 
 std::vector<LogRun> SplitIntoRuns(std::string_view log) {
     Splitter splitter;

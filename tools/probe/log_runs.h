@@ -3,9 +3,21 @@
 // The helper's log, taken apart. Free-threaded.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+// A line without what stands in front.
+struct LogLine {
+    std::string m_Time;  // local, as it stands there
+    std::uint64_t m_ProcessId = 0;
+    std::string m_Thread;
+    std::string m_Text;
+};
+
+// Nothing if it isn't a line of the helper: the system's text for an error can have lines of its own.
+std::optional<LogLine> ParseLogLine(std::string_view line);
 
 struct LogRun {
     std::uint64_t m_ProcessId = 0;

@@ -53,6 +53,7 @@ class PartParser {
         m_App.add_option("--pipe", m_Options.m_Pipe);
         m_App.add_option_function<std::string>("--timeout", [this](const std::string& text) {
             m_Options.m_Timeout = std::chrono::milliseconds(ReadNumber<std::uint32_t>("--timeout", text));
+            m_Options.m_HasTimeout = true;
         });
         m_App.add_option_function<std::string>(
             "--id", [this](const std::string& text) { m_Id = ReadNumber<std::uint64_t>("--id", text); });

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,14 +18,21 @@ struct Command {
 };
 
 // What the run is about: the pipe and its commands, or one of the commands that need no pipe.
-enum class Task { Converse, ShowLog, ShowEvents, Stop };
+enum class Task { Converse, ShowLog, ShowEvents, Stop, Doctor };
 
 struct Options {
     Task m_Task = Task::Converse;
     std::uint32_t m_Run = 0;        // of the log: the last is 1; 0 for the list of them all
     std::uint32_t m_ProcessId = 0;  // of the helper to stop; 0 if none is given
+    bool m_Follow = false;          // the log, from its present end
+    // What the doctor looks at; without a value the helper beside this program, and what the environment says.
+    std::optional<std::string> m_Helper;
+    std::optional<std::uint32_t> m_AppId;
+    std::optional<std::string> m_Directory;
+    bool m_Connect = false;  // the doctor may
     std::string m_Pipe = "TollmereSteamHelper";
     std::chrono::milliseconds m_Timeout{5000};
+    bool m_HasTimeout = false;  // it was given
     bool m_Json = false;
     bool m_Verbose = false;
     bool m_Help = false;     // nothing else counts then

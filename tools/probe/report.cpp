@@ -67,6 +67,10 @@ void ReportLine(const std::string& text) {
     PrintLine(stdout, Printable(text));
 }
 
+void ReportJson(const std::string& json) {
+    PrintLine(stdout, json);
+}
+
 void ReportEvent(const std::string& text) {
     PrintLine(stderr, Printable(text));
 }

@@ -12,6 +12,9 @@ void ReportAnswer(const launcher::Answer& answer, bool asJson);
 // To standard output, one line.
 void ReportLine(const std::string& text);
 
+// To standard output, one line that is JSON already.
+void ReportJson(const std::string& json);
+
 // To standard error, one line each, flushed at once.
 void ReportEvent(const std::string& text);
 void ReportError(const std::string& text);

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "tools/probe/conversation.h"
+#include "tools/probe/doctor/doctor_command.h"
 #include "tools/probe/events_command.h"
 #include "tools/probe/log_command.h"
 #include "tools/probe/report.h"
@@ -31,9 +32,11 @@ ExitStatus RunProbe(const std::vector<std::string>& arguments) {
         case Task::ShowLog:
             return ShowLog(options);
         case Task::ShowEvents:
-            return ShowEvents();
+            return ShowEvents(options);
         case Task::Stop:
             return StopHelper(options);
+        case Task::Doctor:
+            return RunDoctor(options);
         case Task::Converse:
             break;
     }

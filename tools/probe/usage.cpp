@@ -3,7 +3,7 @@
 const char kUsage[] = R"(probe: a launcher's end of the Tollmere Steam Helper's pipe, and what the helper leaves behind
 
   probe [OPTION...] COMMAND [then COMMAND]...
-  probe log [--run N] | events | stop [--pid N]
+  probe doctor [OPTION...] | log [--run N | --follow] | events | stop [--pid N]
 
 COMMANDS OVER THE PIPE
   info                            asks who the Steam user is
@@ -16,19 +16,27 @@ Commands with the word `then` between them go over one connection, one after ano
 that doesn't end well is the last. After the last the probe leaves.
 
 COMMANDS FOR SUPPORT
-  log [--run N]                   lists the runs in the helper's log, the latest last, each with its
+  doctor [--helper EXE] [--app-id N] [--dir DIR] [--connect]
+                                  looks at a set-up and prints a line for each thing: ok, or what
+                                  is wrong and what to do. Changes nothing; only with --connect it
+                                  asks a helper that runs for the identity. By default EXE is the
+                                  helper beside the probe, N is SteamAppId, and DIR SteamLocation
+                                  of the environment
+  log [--run N | --follow]        lists the runs in the helper's log, the latest last, each with its
                                   verdict: a heading of docs/operations.md. With N: shows the lines
-                                  of one; 1 is the latest
+                                  of one; 1 is the latest. --follow: shows the lines that reach
+                                  the log from now on, until --timeout, if it is given
   events                          shows what the event store says, in words
   stop [--pid N]                  has the helper end as if its window were closed, and waits until
                                   it has (on Windows N may be left out)
-They need no pipe and stand alone, without `then`.
+They stand alone, without `then`.
 
 OPTIONS
   --id N          request id, 0 to 18446744073709551615 (default: the command's number, from 1)
   --timeout MS    how long to wait for the pipe, for the answers to each command, and for the
                   end of a helper (default 5000)
-  --json          prints each answer as one line of JSON
+  --json          prints each answer, run, event or line as one line of JSON; the doctor prints
+                  one object
   --pipe NAME     default TollmereSteamHelper
   -v, --verbose   says on standard error who says what, as it happens
   -h, --help      prints this
@@ -36,10 +44,11 @@ OPTIONS
 
 EXIT STATUS
   0  all that was asked for is done     5  the pipe was busy: it serves another client
-  1  the answer was `failure`           6  no such log, run, event store or helper
-  2  the command line makes no sense    7  a file can't be read, or the event store is damaged
-  3  nobody served the pipe in time     8  the helper is another user's, or has more rights
-  4  the connection was lost, or no     9  the helper hasn't ended in time
+  1  the answer was `failure`, or the   6  no such log, run, event store or helper
+     doctor has found something wrong   7  a file can't be read, or the event store is damaged
+  2  the command line makes no sense    8  the helper is another user's, or has more rights
+  3  nobody served the pipe in time     9  the helper hasn't ended in time
+  4  the connection was lost, or no
      answer came in time
 
 THE PROTOCOL

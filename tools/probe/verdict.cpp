@@ -10,6 +10,9 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
+// Nobody came, or somebody closed it: for a client that is a failure, after a visit it is how it should be.
+constexpr char kUsualEnd[] = "The end";
+
 // What the page shows under one heading.
 struct Shown {
     std::string m_Heading;
@@ -57,13 +60,18 @@ std::string LatestStage(const std::vector<Shown>& page, const Texts& texts) {
 
 }  // namespace
 
-std::string VerdictOn(Texts texts) {
+RunVerdict JudgeRun(std::vector<std::string> texts) {
     static const std::vector<Shown> page = ReadPage();
     // They come behind the end of a run that found the event store damaged.
     while (!texts.empty() && texts.back().starts_with("JSON Validation Error:")) texts.pop_back();
-    if (!texts.empty() && IsEnd(texts.back())) {
-        const Failure* const failure = FailureIn(texts);
-        return failure == nullptr ? "An unknown end" : failure->m_Page;
+    if (texts.empty() || !IsEnd(texts.back())) {
+        return {LatestStage(page, texts) + " (no end: it still runs, or was killed)", "", false};
     }
-    return LatestStage(page, texts) + " (no end: it still runs, or was killed)";
+    const Failure* const failure = FailureIn(texts);
+    if (failure == nullptr) return {"An unknown end", "", true};
+    return {failure->m_Page, failure->m_Page == kUsualEnd ? "" : failure->m_Code, true};
+}
+
+std::string VerdictOn(const std::vector<std::string>& texts) {
+    return JudgeRun(texts).m_Text;
 }
