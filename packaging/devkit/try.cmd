@@ -15,10 +15,11 @@ echo %LOG_FOLDER%
 
 echo --- Doctor: is everything there?
 probe doctor --helper tollmere_steam_helper.exe
+rem What it says about the last run is no failure of this one.
 
 echo --- Start
 start "" tollmere_steam_helper.exe
-if errorlevel 1 set FAILED=start
+if errorlevel 1 set FAILED=%FAILED% start
 
 echo --- Identity, and a game is launched
 probe --timeout 30000 info then launch "%CD%\sample_game.exe" --dir "%CD%" --args "sample_game.exe -level 3"

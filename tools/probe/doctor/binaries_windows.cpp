@@ -47,18 +47,19 @@ bool CanBeFound(const std::string& import, const fs::path& folder) {
            SearchPathW(nullptr, name.c_str(), nullptr, 0, nullptr, nullptr) != 0;
 }
 
+// With the commit that it was built from, if its properties name one.
 std::string VersionOf(const fs::path& program) {
     DWORD ignored = 0;
     std::string block(GetFileVersionInfoSizeW(program.c_str(), &ignored), '\0');
-    VS_FIXEDFILEINFO* version = nullptr;
-    UINT size = 0;
+    const wchar_t* version = nullptr;
+    UINT length = 0;  // with its end
     if (block.empty() || !GetFileVersionInfoW(program.c_str(), 0, static_cast<DWORD>(block.size()), block.data()) ||
-        !VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&version), &size) || size < sizeof *version) {
+        !VerQueryValueW(block.data(), L"\\StringFileInfo\\040904B0\\ProductVersion",
+                        reinterpret_cast<void**>(const_cast<wchar_t**>(&version)), &length) ||
+        length == 0) {
         return {};
     }
-    const auto part = [](DWORD value) { return std::to_string(value); };
-    return part(HIWORD(version->dwFileVersionMS)) + "." + part(LOWORD(version->dwFileVersionMS)) + "." +
-           part(HIWORD(version->dwFileVersionLS)) + "." + part(LOWORD(version->dwFileVersionLS));
+    return support::ToUtf8(fs::path(std::wstring(version, length - 1)));
 }
 
 }  // namespace
