@@ -30,6 +30,9 @@ Footprint FootprintOf(std::uint32_t processId);
 // Ends a process that somebody else started for us. False if it doesn't run.
 bool EndProcess(std::uint32_t processId);
 
+// Takes its processors from a process for good: it holds what it holds, and does nothing more. It can still be ended.
+void HoldProcess(std::uint32_t processId);
+
 // The pipe, the files and the clock of one run of the helper.
 class Machine {
   public:

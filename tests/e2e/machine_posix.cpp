@@ -41,6 +41,10 @@ bool EndProcess(std::uint32_t processId) {
     return kill(static_cast<pid_t>(processId), SIGKILL) == 0;
 }
 
+void HoldProcess(std::uint32_t processId) {
+    kill(static_cast<pid_t>(processId), SIGSTOP);
+}
+
 Machine::Machine(const fs::path& folder) : m_Home(folder / "home") {
     const fs::path pipes = folder / "pipes";
     const fs::path programData = folder / "data";

@@ -11,6 +11,9 @@
 
 #include "tests/e2e/machine.h"
 
+// Exported by ntdll since Windows XP; no header declares it.
+extern "C" NTSTATUS NTAPI NtSuspendProcess(HANDLE process);
+
 namespace e2e {
 
 namespace fs = std::filesystem;
@@ -57,6 +60,12 @@ bool EndProcess(std::uint32_t processId) {
     const bool ended = TerminateProcess(process, 1);
     CloseHandle(process);
     return ended;
+}
+
+void HoldProcess(std::uint32_t processId) {
+    const HANDLE process = OpenProcess(PROCESS_SUSPEND_RESUME, FALSE, processId);
+    NtSuspendProcess(process);
+    CloseHandle(process);
 }
 
 Machine::Machine(const fs::path& folder)
