@@ -620,8 +620,7 @@ class SteamHelper {
       if (result && ['EACCES', 'EPERM'].includes(result.code)) throw new SteamHelperError('pipe-denied', result.code);
       if (helper) await helper.end(call, PAUSE);
       else await call.wait(PAUSE);
-      this.#usesOther = !helper && isPipeThere();
-      if (!helper && !this.#usesOther) return;
+      if (!helper && result && !isPipeThere()) return void (this.#usesOther = false);
     }
   }
 }

@@ -105,14 +105,16 @@ class Day : public Clients {
 
     // As many starts: of all kinds in turn, now and then a helper that is stuck; or all of one kind.
     Steps Starts(int count, const std::optional<Kind>& one = std::nullopt) const {
-        Steps steps;
+        Steps steps = json::array();
         for (int i = 0; i < count; ++i) {
             const Kind kind = one.value_or(i % 20 == 19 ? kIsStuck : static_cast<Kind>(i % kIsStuck));
             const std::string sign = ToUtf8(Home() / ("held" + std::to_string(i)));
             Steps round = StepsOf(kind, sign);
             round.insert(round.begin(), json{{"call", "startAgain"}, {"file", sign}});
-            for (json& step : round) step["kind"] = kind;
-            steps.insert(steps.end(), round.begin(), round.end());
+            for (json& step : round) {
+                step["kind"] = kind;
+                steps.push_back(step);
+            }
         }
         return steps;
     }

@@ -199,9 +199,14 @@ json FailuresFile() {
     return json::parse(support::ReadAll(file)).at("failures");
 }
 
+std::vector<Failing> Producible() {
+    std::vector<Failing> rows(std::begin(kFailing), std::end(kFailing));
+    if (!e2e::kFaultsWork) std::erase_if(rows, [](const Failing& row) { return row.m_NativeOnly; });
+    return rows;
+}
+
 TEST_P(Failures, EndTheCallWithWhatTheyAre) {
     const Failing& failing = std::get<1>(GetParam());
-    if (failing.m_NativeOnly && !e2e::kFaultsWork) GTEST_SKIP() << "only the native build can be brought to it";
     failing.m_Prepare(*this);
     Steps steps = failing.m_Steps;
     for (json& step : steps) {
@@ -223,11 +228,13 @@ TEST_P(Failures, EndTheCallWithWhatTheyAre) {
     EXPECT_EQ(failed->dump().find(e2e::kTicket), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Failures, testing::Combine(kDrivers, testing::ValuesIn(kFailing)), [](const auto& row) {
-    std::string name = std::string(std::get<0>(row.param)) + "_" + std::get<1>(row.param).m_Code;
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(All, Failures, testing::Combine(kDrivers, testing::ValuesIn(Producible())),
+                         [](const auto& row) {
+                             std::string name =
+                                 std::string(std::get<0>(row.param)) + "_" + std::get<1>(row.param).m_Code;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
 
 TEST(FailuresFile, HasNoEntryThatIsNotProduced) {
     std::vector<std::string> listed, produced;
