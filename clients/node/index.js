@@ -168,15 +168,14 @@ function pipePath() {
   return path.join(folder, PIPE_NAME);
 }
 
-// Whether a helper has the pipe, told without opening it: that would take a client's place. False also where the system
-// doesn't list its pipes; our own helper finds out then.
+// Whether a helper has the pipe, told without opening it: that would take a client's place. Nothing where it can't be.
 function isPipeThere() {
   try {
     if (isWindows) return fs.readdirSync('\\\\.\\pipe\\').includes(PIPE_NAME);
-    const lock = fs.statSync(pipePath() + '.lock').ino;
-    return new RegExp(`FLOCK .*:${lock} `).test(fs.readFileSync('/proc/locks', 'latin1'));
+    const lock = fs.statSync(pipePath() + '.lock', { throwIfNoEntry: false });
+    return lock ? new RegExp(`FLOCK .*:${lock.ino} `).test(fs.readFileSync('/proc/locks', 'latin1')) : false;
   } catch {
-    return false;
+    return undefined;
   }
 }
 
@@ -434,7 +433,7 @@ class SteamHelper {
   #options;
   #helper = null; // our own
   #usesOther = false; // instead of one of our own
-  #isCareful = false; // our latest found the pipe taken
+  #isCareful = false; // there was another's pipe just now
   #wasStarted = false;
   #connection = null;
   #lastCall = Promise.resolve();
@@ -580,7 +579,14 @@ class SteamHelper {
   }
 
   async #startHelper(call, why) {
-    if (isPipeThere()) return this.#meetOther(call, new SteamHelperError('other-helper'));
+    let isThere = isPipeThere();
+    if (isThere === undefined && !this.#isCareful) {
+      // To open it tells as well. But once: each time another's helper would live for 20 seconds more.
+      const result = await Connection.open(call, PAUSE, null);
+      if (result instanceof Connection) result.close();
+      this.#isCareful = isThere = !(result && result.code === 'ENOENT');
+    }
+    if (isThere) return this.#meetOther(call, new SteamHelperError('other-helper'));
     if (this.#wasStarted && !this.#isCareful) {
       if (call.restarts === MOST_RESTARTS) throw new SteamHelperError(why, 'it was started again twice');
       ++call.restarts;
@@ -604,8 +610,7 @@ class SteamHelper {
   async #open(call) {
     const helper = this.#helper;
     const end = performance.now() + this.#options.startTimeout;
-    // Where pipes aren't listed, ours says by its end that another's is there still. To open that again and again would
-    // keep its helper alive.
+    // Our own says by its end that another's pipe is there.
     if (helper && this.#isCareful) await helper.end(call, 20 * PAUSE);
     while (!helper || !helper.hasEnded) {
       const left = end - performance.now();
