@@ -604,7 +604,7 @@ class SteamHelper {
     call.otherSince = call.otherSince || performance.now();
     if (performance.now() - call.otherSince > this.#options.waitTimeout) throw error;
     this.#usesOther = this.#options.otherHelper === 'use';
-    if (!this.#usesOther || error.code === 'pipe-taken') await call.wait(PAUSE);
+    if (!this.#usesOther || error.code === 'pipe-taken') await call.wait(error.code === 'pipe-taken' ? 20 * PAUSE : PAUSE);
   }
 
   async #open(call) {

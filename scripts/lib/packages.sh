@@ -6,6 +6,7 @@ native_packages=(
     cmake g++ ninja-build
     googletest libgtest-dev         # built from its sources, for each target
     libcli11-dev nlohmann-json3-dev # headers for the tools
+    nodejs                          # runs the client for launchers in Node.js
 )
 windows_packages=(
     clang-14 lld-14 llvm-14         # compiler and linker; reads the symbols

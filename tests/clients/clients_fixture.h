@@ -58,6 +58,12 @@ class Clients : public ClientFixture, public testing::WithParamInterface<const c
     std::string Driver() const override { return GetParam(); }
 };
 
+// A test of the one in Node.js alone.
+class NodeClient : public ClientFixture {
+  protected:
+    std::string Driver() const override { return "Node"; }
+};
+
 inline const auto kDrivers = testing::Values("Node");
 
 }  // namespace clients

@@ -9,10 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Vectors : public ClientFixture {
+class Vectors : public e2e::HelperFixture {
   protected:
-    std::string Driver() const override { return "Node"; }
-
     static json Section(const char* name) {
         return json::parse(support::ReadAll(e2e::BinFolder() / "clients" / "vectors.json")).at(name);
     }
@@ -62,7 +60,7 @@ TEST_F(Vectors, AreWhatOurOwnLauncherSaysAndUnderstands) {
     }
 }
 
-TEST_F(Vectors, AreKeptToByTheNodeClient) {
+TEST_F(NodeClient, KeepsToWhatAllClientsShare) {
     const fs::path report = Home() / "report";
     const std::string page = support::ToUtf8(e2e::BinFolder() / "operations.md");
     const auto node =

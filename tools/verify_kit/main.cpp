@@ -1,8 +1,8 @@
 // Runs every test of the programs beside it, each in a process of its own, on a machine that has nothing else of the
 // project: verify_kit [PART...]. With arguments only the tests whose full name has one of these parts.
 //
-// Prints what fails and how many passed and failed, and leaves results.json in the folder above its own. Exit status: 0
-// if all passed, 1 if one failed or none ran.
+// Prints what fails or is skipped, and how many passed, failed and were skipped, and leaves results.json in the folder
+// above its own. Exit status: 0 if all passed, 1 if one failed or none ran.
 
 #include <tollmere_version.h>
 #include <windows.h>
@@ -99,6 +99,9 @@ json RunTest(const TestCase& test, const fs::path& folder) {
         result["result"] = "failed";
         result["failure"] = why;
         std::printf("FAILED %s\n%s\n", test.fullName.c_str(), why.c_str());
+    } else if (report.at("testsuites").at(0).at("testsuite").at(0).at("result") == "SKIPPED") {
+        result["result"] = "skipped";
+        std::printf("SKIPPED %s\n", test.fullName.c_str());
     }
     return result;
 }
@@ -139,16 +142,19 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         results.push_back(RunTest(test, folder.Path()));
     }
-    const auto passed = std::count_if(results.begin(), results.end(),
-                                      [](const json& result) { return result.at("result") == "passed"; });
-    const auto failed = static_cast<std::ptrdiff_t>(results.size()) - passed;
+    const auto count = [&](const char* outcome) {
+        return std::count_if(results.begin(), results.end(),
+                             [&](const json& result) { return result.at("result") == outcome; });
+    };
+    const std::ptrdiff_t passed = count("passed"), failed = count("failed"), skipped = count("skipped");
     const json all = {{"version", TOLLMERE_VERSION},
                       {"windows", WindowsVersion()},
                       {"passed", passed},
                       {"failed", failed},
+                      {"skipped", skipped},
                       {"tests", results}};
     std::ofstream(BinFolder().parent_path() / "results.json")
         << all.dump(2, ' ', false, json::error_handler_t::replace) << '\n';
-    std::printf("%td passed, %td failed\n", passed, failed);
+    std::printf("%td passed, %td failed, %td skipped\n", passed, failed, skipped);
     return passed > 0 && failed == 0 ? 0 : 1;
 }
