@@ -16,80 +16,36 @@ const END_LIMIT = 5000; // milliseconds that a process gets to end
 const MOST_RESTARTS = 2; // over one call
 const MOST_WRITTEN = 65536; // bytes that the helper takes in one read
 
-// Code, phase, texts of the helper's log that tell it, text, advice: as clients/failures.json has them, and explains `log`.
+// Code, phase, texts of the helper's log that tell it, text, advice: clients/failures.json has them too, and explains.
 const FAILURES = [
-  ['no-app-id', 'start', ['Invalid steam app id'], 'The helper got no app id.',
-    'Start the helper with the number of the app, from 1 to 2147483647, in SteamAppId or in -steamAppID.'],
-  ['no-steam-library', 'start', ["Steam DLL could not be loaded from '*'"], "The helper can't load steam_api64.dll.",
-    "Put steam_api64.dll for 64 bits into the helper's folder. The path of the helper must be shorter than 260 " +
-      'characters.'],
-  ['wrong-steam-library', 'start', ['Could not map function: *'],
-    'steam_api64.dll lacks a function that the helper needs.',
-    "Replace steam_api64.dll by the one of a newer version of Steam's tools."],
-  ['steam-without-interface', 'start',
-    ['SteamAPI_Init completed, requesting Steam interfaces.', 'Error initializing Steam.'],
-    "Steam is up, but doesn't give an interface that the helper needs.",
-    "Update Steam. If that doesn't help, steam_api64.dll and Steam don't fit each other."],
-  ['steam-refuses', 'start',
-    ['Attempting initialization of Steam API from game directory: *', 'Error initializing Steam.'],
-    'Steam refuses the app.',
-    'Start Steam, log on, and check that the user owns the app. Steam must run as the same user and with the ' +
-      'same rights as the launcher.'],
-  ['steam-refuses-no-directory', 'start',
-    ['Attempting initialization of Steam API in current directory', 'Error initializing Steam.'],
-    'Steam refuses the app, and the helper knows no game directory for a second attempt.',
-    'Give the directory of the game. Start Steam, log on, and check that the user owns the app. Steam must run ' +
-      'as the same user and with the same rights as the launcher.'],
-  ['pipe-taken', 'start', ['Unable to create pipe.', 'Last error: 231 *'], 'Another helper runs on this machine.',
-    'Wait until it has ended, 20 seconds after its launcher has left. It may belong to another user who is ' +
-      'logged on.'],
-  ['pipe-not-created', 'start', ['Unable to create pipe.'], 'Windows refuses the helper its pipe.',
-    'Look up the number behind "Last error:" in the helper\'s log. If it is 5, another program holds a pipe of ' +
-      'this name.'],
-  ['pipe-not-listening', 'start', ['Unable to connect pipe.', 'Failed to create pipe.'],
-    "The helper's pipe can't listen.",
-    'Start again. If it stays, look up the number behind "Last error:" in the helper\'s log.'],
-  ['no-window', 'start', ['Failed to initialize message window. Aborting process with code 1.'],
-    'Windows gives the helper no window.',
-    "Start it on a user's desktop, not in a service. Close programs if the desktop is out of resources."],
-  ['no-worker', 'start', ['Failed to start worker thread (*). Aborting process with code 1.'],
-    'Windows gives the helper no thread.', 'The machine is out of memory or threads. Close programs and start again.'],
-  ['out-of-memory', 'run', ['Unhandled exception (*). Aborting process with code 3.'],
-    'The helper ran out of memory and ended.', 'The machine is out of memory. Close programs and start again.'],
-  ['nobody-came', 'run', ['Connection timed out, terminating.'],
-    'The helper ended because no launcher was connected for 20 seconds.',
-    'Connect within 20 seconds after the start, and stay connected for as long as the helper is needed.'],
-  ['closed-from-outside', 'run', ['SteamService :: Shutdown'], 'Somebody closed the helper.',
-    'Start again. The user was logged off, or another program ended the helper.'],
-  ['ended-without-reason', 'run', [], "The helper's process ended, and its log doesn't tell why.",
-    "It was killed, or it can't write its log: check the log's folder. The exit code tells more."],
-  ['helper-missing', 'start', [], "The helper's program isn't there.",
-    'Check the path, and whether another program, such as a virus scanner, has removed the file.'],
-  ['helper-not-started', 'start', [], "The system doesn't start the helper's program.",
-    "Look up the system's number. 740: the file is set to run as administrator; 193: it is no program for this " +
-      'machine; 5: the user may not run it.'],
-  ['other-helper', 'start', [], 'A helper that somebody else started is running.',
-    'Wait until its launcher has left it for 20 seconds, or leave that launcher.'],
-  ['pipe-denied', 'start', [], "The user may not open the helper's pipe.",
-    'Run the launcher as a user who is logged on, not as a guest or in a sandbox.'],
-  ['not-connected', 'start', [], "The helper runs, but its pipe can't be opened in time.",
-    'Start again. If it stays, another program may hold the pipe, or Steam takes very long to start.'],
-  ['no-answer', 'run', [], "The helper doesn't answer, not even after it was started again.",
-    "Close the launcher and all helpers, and start again. Keep the helper's log for those who support it."],
-  ['connection-lost', 'run', [], 'The connection to the helper was lost.',
-    'Call again: the client connects anew, and starts the helper if need be.'],
-  ['bad-answer', 'run', [], "The other end of the pipe doesn't speak the helper's protocol.",
-    "Another program holds a pipe of this name, or helper and client don't fit each other."],
+  ['no-app-id', 'start', ['Invalid steam app id'], 'The helper got no app id.', 'Start the helper with the number of the app, from 1 to 2147483647, in SteamAppId or in -steamAppID.'],
+  ['no-steam-library', 'start', ["Steam DLL could not be loaded from '*'"], "The helper can't load steam_api64.dll.", "Put steam_api64.dll for 64 bits into the helper's folder. The path of the helper must be shorter than 260 characters."],
+  ['wrong-steam-library', 'start', ['Could not map function: *'], 'steam_api64.dll lacks a function that the helper needs.', "Replace steam_api64.dll by the one of a newer version of Steam's tools."],
+  ['steam-without-interface', 'start', ['SteamAPI_Init completed, requesting Steam interfaces.', 'Error initializing Steam.'], "Steam is up, but doesn't give an interface that the helper needs.", "Update Steam. If that doesn't help, steam_api64.dll and Steam don't fit each other."],
+  ['steam-refuses', 'start', ['Attempting initialization of Steam API from game directory: *', 'Error initializing Steam.'], 'Steam refuses the app.', 'Start Steam, log on, and check that the user owns the app. Steam must run as the same user and with the same rights as the launcher.'],
+  ['steam-refuses-no-directory', 'start', ['Attempting initialization of Steam API in current directory', 'Error initializing Steam.'], 'Steam refuses the app, and the helper knows no game directory for a second attempt.', 'Give the directory of the game. Start Steam, log on, and check that the user owns the app. Steam must run as the same user and with the same rights as the launcher.'],
+  ['pipe-taken', 'start', ['Unable to create pipe.', 'Last error: 231 *'], 'Another helper runs on this machine.', 'Wait until it has ended, 20 seconds after its launcher has left. It may belong to another user who is logged on.'],
+  ['pipe-not-created', 'start', ['Unable to create pipe.'], 'Windows refuses the helper its pipe.', 'Look up the number behind "Last error:" in the helper\'s log. If it is 5, another program holds a pipe of this name.'],
+  ['pipe-not-listening', 'start', ['Unable to connect pipe.', 'Failed to create pipe.'], "The helper's pipe can't listen.", 'Start again. If it stays, look up the number behind "Last error:" in the helper\'s log.'],
+  ['no-window', 'start', ['Failed to initialize message window. Aborting process with code 1.'], 'Windows gives the helper no window.', "Start it on a user's desktop, not in a service. Close programs if the desktop is out of resources."],
+  ['no-worker', 'start', ['Failed to start worker thread (*). Aborting process with code 1.'], 'Windows gives the helper no thread.', 'The machine is out of memory or threads. Close programs and start again.'],
+  ['out-of-memory', 'run', ['Unhandled exception (*). Aborting process with code 3.'], 'The helper ran out of memory and ended.', 'The machine is out of memory. Close programs and start again.'],
+  ['nobody-came', 'run', ['Connection timed out, terminating.'], 'The helper ended because no launcher was connected for 20 seconds.', 'Connect within 20 seconds after the start, and stay connected for as long as the helper is needed.'],
+  ['closed-from-outside', 'run', ['SteamService :: Shutdown'], 'Somebody closed the helper.', 'Start again. The user was logged off, or another program ended the helper.'],
+  ['ended-without-reason', 'run', [], "The helper's process ended, and its log doesn't tell why.", "It was killed, or it can't write its log: check the log's folder. The exit code tells more."],
+  ['helper-missing', 'start', [], "The helper's program isn't there.", 'Check the path, and whether another program, such as a virus scanner, has removed the file.'],
+  ['helper-not-started', 'start', [], "The system doesn't start the helper's program.", "Look up the system's number. 740: the file is set to run as administrator; 193: it is no program for this machine; 5: the user may not run it."],
+  ['other-helper', 'start', [], 'A helper that somebody else started is running.', 'Wait until its launcher has left it for 20 seconds, or leave that launcher.'],
+  ['pipe-denied', 'start', [], "The user may not open the helper's pipe.", 'Run the launcher as a user who is logged on, not as a guest or in a sandbox.'],
+  ['not-connected', 'start', [], "The helper runs, but its pipe can't be opened in time.", 'Start again. If it stays, another program may hold the pipe, or Steam takes very long to start.'],
+  ['no-answer', 'run', [], "The helper doesn't answer, not even after it was started again.", "Close the launcher and all helpers, and start again. Keep the helper's log for those who support it."],
+  ['connection-lost', 'run', [], 'The connection to the helper was lost.', 'Call again: the client connects anew, and starts the helper if need be.'],
+  ['bad-answer', 'run', [], "The other end of the pipe doesn't speak the helper's protocol.", "Another program holds a pipe of this name, or helper and client don't fit each other."],
   ['game-missing', 'launch', [], "The game's program isn't there.", "Check the path of the game's program."],
-  ['game-directory-missing', 'launch', [], "The game's directory isn't there.",
-    'Check the directory. It must be a folder that exists.'],
-  ['game-not-a-program', 'launch', [], "The game's file isn't a program that this machine can start.",
-    'Give the path of the program itself, not of a folder, a shortcut or a script.'],
-  ['game-refused', 'launch', [], 'Windows refuses to start the game.',
-    "The game may need an administrator's rights (Windows' number 740), which the helper can't give, or a " +
-      'virus scanner holds it.'],
-  ['bad-argument', 'call', [], 'The call has an argument that makes no sense.',
-    'Read the detail: it names the argument. Nothing was sent.'],
+  ['game-directory-missing', 'launch', [], "The game's directory isn't there.", 'Check the directory. It must be a folder that exists.'],
+  ['game-not-a-program', 'launch', [], "The game's file isn't a program that this machine can start.", 'Give the path of the program itself, not of a folder, a shortcut or a script.'],
+  ['game-refused', 'launch', [], 'Windows refuses to start the game.', "The game may need an administrator's rights (Windows' number 740), which the helper can't give, or a virus scanner holds it."],
+  ['bad-argument', 'call', [], 'The call has an argument that makes no sense.', 'Read the detail: it names the argument. Nothing was sent.'],
   ['timed-out', 'call', [], 'The call took longer than its caller allows.', 'Call again, or allow more time.'],
   ['canceled', 'call', [], 'The caller canceled the call.', 'None is needed.'],
   ['stopped', 'call', [], 'This client was stopped before the call.', 'Start a new one.'],
@@ -142,19 +98,17 @@ function takeFrame(bytes) {
 
 // Ids and Steam ids are BigInts. Nothing of the answer gets into an error: it may be the ticket.
 function readAnswer(body) {
-  const number = (text, bits) => {
-    if (BigInt(text) !== BigInt.asUintN(bits, BigInt(text))) throw new SteamHelperError('bad-answer', 'too large');
-    return BigInt(text);
-  };
+  const wrong = (why) => { throw new SteamHelperError('bad-answer', why); };
+  const number = (text, bits) => (BigInt(text) >> BigInt(bits) ? wrong('too large') : BigInt(text));
   let parts = /^failure:(\d{1,20})$/.exec(body);
   if (parts) return { kind: 'failure', id: number(parts[1], 64) };
   parts = /^launch_response:(\d{1,20}):(\d{1,10})$/.exec(body);
   if (parts) return { kind: 'launch', id: number(parts[1], 64), processId: Number(number(parts[2], 32)) };
   parts = /^info_response:(\d{1,20}):(\d{1,20}):(.*):(\d{1,10}):((?:[\dA-F]{2})*)$/s.exec(body);
-  if (!parts) throw new SteamHelperError('bad-answer', 'none of the three answers');
+  if (!parts) wrong('none of the three answers');
   const ticket = Buffer.from(parts[5], 'hex');
   // Without a ticket the length may say anything.
-  if (ticket.length !== 0 && ticket.length !== Number(parts[4])) throw new SteamHelperError('bad-answer', 'a cut ticket');
+  if (ticket.length !== 0 && ticket.length !== Number(parts[4])) wrong('a cut ticket');
   return { kind: 'info', id: number(parts[1], 64), steamId: number(parts[2], 64), name: parts[3], ticket };
 }
 
@@ -195,14 +149,9 @@ function localTime() {
 
 // The texts that the last run of this process has left in the log. Process ids come back: what is older isn't its own.
 function textsOfRun(log, processId, since) {
-  let texts = [];
-  for (const line of log.split(/\r?\n/)) {
-    const [, time, id, text] = /^\[(.{23})\] \[ *(\d+)\] \[ *[\dA-F]+\] (.*)$/.exec(line) || [];
-    if (Number(id) !== processId || time < since) continue;
-    if (/^\\{33}$/.test(text)) texts = [];
-    texts.push(text);
-  }
-  return texts;
+  const lines = log.split(/\r?\n/).map((line) => /^\[(.{23})\] \[ *(\d+)\] \[ *[\dA-F]+\] (.*)$/.exec(line) || []);
+  const texts = lines.filter(([, time, id]) => Number(id) === processId && time >= since).map(([, , , text]) => text);
+  return texts.slice(texts.lastIndexOf('\\'.repeat(33)) + 1);
 }
 
 // The code of the failure that these texts tell, and the texts that tell it.
@@ -219,9 +168,10 @@ function reasonOf(texts) {
 // ---- One call with its time-out and its signal. Every wait of it goes through `wait`.
 
 class Call {
-  constructor({ timeout = Infinity, signal } = {}) {
+  constructor(options) {
+    const { timeout = Infinity, signal } = options || {};
     check(isTime(timeout), 'timeout: milliseconds');
-    check(signal === undefined || signal instanceof AbortSignal, 'signal: an AbortSignal');
+    check(!signal || typeof signal.addEventListener === 'function', 'signal: an AbortSignal');
     this.end = performance.now() + timeout;
     this.signal = signal;
     this.restarts = 0;
@@ -232,23 +182,22 @@ class Call {
   // the call is canceled or out of time. However the wait ends, what `begin` has returned is called.
   wait(milliseconds, begin = () => {}) {
     return new Promise((resolve, reject) => {
-      const cleanUp = [];
+      const fail = (code) => end(reject, new SteamHelperError(code));
+      const left = this.end - performance.now();
+      const inTime = Math.min(milliseconds, 0x7fffffff);
+      const timer = left > inTime ? setTimeout(() => end(resolve), inTime) : setTimeout(() => fail('timed-out'), left);
+      const cancel = () => fail('canceled');
+      let undo = null;
       const end = (settle, value) => {
-        cleanUp.splice(0).forEach((step) => step && step());
+        clearTimeout(timer);
+        if (this.signal) this.signal.removeEventListener('abort', cancel);
+        if (undo) undo();
+        undo = null;
         settle(value);
       };
-      const fail = (code) => () => end(reject, new SteamHelperError(code));
-      const left = this.end - performance.now();
-      const timer = left > milliseconds ? setTimeout(end, milliseconds, resolve)
-        : setTimeout(left === Infinity ? () => {} : fail('timed-out'), Math.min(left, 0x7fffffff));
-      cleanUp.push(() => clearTimeout(timer));
-      if (this.signal && this.signal.aborted) return fail('canceled')();
-      if (this.signal) {
-        const cancel = fail('canceled');
-        this.signal.addEventListener('abort', cancel);
-        cleanUp.push(() => this.signal.removeEventListener('abort', cancel));
-      }
-      cleanUp.push(begin((value) => end(resolve, value)));
+      if (this.signal && this.signal.aborted) return cancel();
+      if (this.signal) this.signal.addEventListener('abort', cancel);
+      undo = begin((value) => end(resolve, value)) || null;
     });
   }
 }
@@ -273,17 +222,16 @@ class Helper {
     this.failure = new Promise((resolve) => { this.child.on('error', resolve); });
   }
 
-  static async start(call, options) {
+  // What is wrong at once, or a little later.
+  static async start(options) {
     if (!fs.existsSync(options.helper)) throw new SteamHelperError('helper-missing', options.helper);
-    let error;
     try {
       const helper = new Helper(options);
       if (helper.processId) return helper;
-      error = await helper.failure;
-    } catch (thrown) {
-      error = thrown;
+      throw await helper.failure;
+    } catch (error) {
+      throw new SteamHelperError('helper-not-started', error.message);
     }
-    throw new SteamHelperError('helper-not-started', error.message);
   }
 
   get processId() { return this.child.pid; }
@@ -389,9 +337,10 @@ class Connection {
 
 function checkOptions(options) {
   check(isObject(options), 'options: an object');
+  const given = Object.entries(options).filter(([, value]) => value !== undefined);
   const all = {
     directory: '', otherHelper: 'wait', answerTimeout: 5000, startTimeout: 60000, waitTimeout: 60000, environment: {},
-    probe: '', ...options,
+    probe: '', ...Object.fromEntries(given),
   };
   check(isText(all.helper) && all.helper !== '', 'helper: the path of the program');
   check(Number.isInteger(all.appId) && all.appId >= 1 && all.appId <= 0x7fffffff, 'appId: 1 to 2147483647');
@@ -404,13 +353,25 @@ function checkOptions(options) {
   return { ...all, helper: path.resolve(all.helper), probe: all.probe && path.resolve(all.probe) };
 }
 
+function hasProgramsHead(file) {
+  const head = Buffer.alloc(2);
+  const descriptor = fs.openSync(file, 'r');
+  fs.readSync(descriptor, head, 0, 2, 0);
+  fs.closeSync(descriptor);
+  return head.toString('latin1') === 'MZ';
+}
+
 // Why the helper couldn't start a game.
 function whyRefused(exe, directory) {
   if (!fs.existsSync(exe)) return 'game-missing';
   if (!fs.existsSync(directory) || !fs.statSync(directory).isDirectory()) return 'game-directory-missing';
-  const file = fs.statSync(exe);
-  const isProgram = () => (isWindows ? fs.readFileSync(exe, 'latin1').startsWith('MZ') : (file.mode & 0o111) !== 0);
-  return file.isFile() && isProgram() ? 'game-refused' : 'game-not-a-program';
+  try {
+    const file = fs.statSync(exe);
+    const isProgram = file.isFile() && (isWindows ? hasProgramsHead(exe) : (file.mode & 0o111) !== 0);
+    return isProgram ? 'game-refused' : 'game-not-a-program';
+  } catch {
+    return 'game-refused'; // not even we may look at it
+  }
 }
 
 class Game {
@@ -449,7 +410,8 @@ class SteamHelper {
       await client.#run(options, (call) => client.#connect(call));
     } catch (error) {
       client.#drop();
-      if (client.#helper) client.#helper.child.kill('SIGKILL');
+      // Else the next start would take it for another's.
+      if (client.#helper) await client.#kill(new Call()).catch(() => {});
       throw error;
     }
     return client;
@@ -467,7 +429,8 @@ class SteamHelper {
 
   launch(options) {
     return this.#run(options, async (call) => {
-      const { exe, args = [], directory = path.dirname(exe) } = options;
+      const { exe, args = [], directory = path.dirname(String(exe)) } = options || {};
+      check(isText(exe) && exe !== '' && isText(directory), 'exe, directory: paths');
       check(Array.isArray(args) && args.every(isText), 'args: a list of texts without NUL');
       const places = [path.resolve(exe), path.resolve(directory)];
       const id = ++this.#lastId;
@@ -477,11 +440,11 @@ class SteamHelper {
       // second one might start a second game.
       await this.#identify(call);
       const answer = await this.#connection.ask(call, this.#options.answerTimeout, id, request);
-      if (answer === 'lost') throw new SteamHelperError('connection-lost', 'the game may have been started');
-      if (answer === 'silent') throw new SteamHelperError('no-answer', 'the game may have been started');
       if (answer.kind === 'launch') return new Game(answer.processId);
+      const code = { lost: 'connection-lost', silent: 'no-answer' }[answer];
+      if (code) throw new SteamHelperError(code, 'the game may have been started');
       throw new SteamHelperError(answer.kind === 'failure' ? whyRefused(...places) : 'bad-answer', places[0]);
-    }, ({ exe, directory = exe } = {}) => check(isText(exe) && exe && isText(directory), 'exe, directory: paths'));
+    });
   }
 
   leave(options) { return this.#run(options, async () => this.#drop()); }
@@ -497,9 +460,8 @@ class SteamHelper {
   }
 
   // Calls go one after another.
-  async #run(options, body, checkMore = () => {}) {
+  async #run(options, body) {
     const call = new Call(options);
-    checkMore(options);
     const before = this.#lastCall;
     let finished;
     this.#lastCall = new Promise((resolve) => { finished = resolve; });
@@ -519,14 +481,15 @@ class SteamHelper {
 
   // Orderly, where there is a way to.
   async #askToEnd(call) {
-    const { probe } = this.#options;
-    if (probe) {
-      const args = ['stop', '--pid', String(this.#helper.processId)];
-      spawn(probe, args, { windowsHide: true, stdio: 'ignore' }).on('error', () => {}).unref();
-    } else if (!isWindows) {
+    const args = ['stop', '--pid', String(this.#helper.processId)];
+    if (this.#options.probe) {
+      spawn(this.#options.probe, args, { windowsHide: true, stdio: 'ignore' }).on('error', () => {}).unref();
+    } else if (isWindows) {
+      return;
+    } else {
       this.#helper.child.kill('SIGTERM');
     }
-    if (probe || !isWindows) await this.#helper.end(call, END_LIMIT);
+    await this.#helper.end(call, END_LIMIT);
   }
 
   async #kill(call) {
@@ -546,8 +509,8 @@ class SteamHelper {
       if (isObject(answer)) throw new SteamHelperError('bad-answer', 'to another request');
       why = answer === 'silent' ? 'no-answer' : 'connection-lost';
       lostSince = lostSince || performance.now();
-      const isOver = performance.now() - lostSince > this.#options.startTimeout;
-      if (answer === 'lost' ? isOver : !this.#helper) throw new SteamHelperError(why);
+      const isHopeless = answer === 'lost' ? performance.now() - lostSince > this.#options.startTimeout : !this.#helper;
+      if (isHopeless) throw new SteamHelperError(why, `after ${call.restarts} restarts`);
       if (answer === 'silent') await this.#kill(call);
       else await call.wait(PAUSE);
     }
@@ -592,7 +555,7 @@ class SteamHelper {
       ++call.restarts;
       ++this.#restarts;
     }
-    const helper = await Helper.start(call, this.#options);
+    const helper = await Helper.start(this.#options);
     this.#helper = helper;
     this.#wasStarted = true;
     // A pipe that is open still when ours has ended is another's.
@@ -604,7 +567,7 @@ class SteamHelper {
     call.otherSince = call.otherSince || performance.now();
     if (performance.now() - call.otherSince > this.#options.waitTimeout) throw error;
     this.#usesOther = this.#options.otherHelper === 'use';
-    if (!this.#usesOther || error.code === 'pipe-taken') await call.wait(error.code === 'pipe-taken' ? 20 * PAUSE : PAUSE);
+    await call.wait(error.code === 'pipe-taken' ? 20 * PAUSE : PAUSE);
   }
 
   async #open(call) {
