@@ -123,7 +123,7 @@ class Day : public Clients {
             for (; m_Seen < lines.size(); ++m_Seen) {
                 const json& step = steps[m_Seen];
                 if (step["kind"] != kIsStuck || step["call"] != "startAgain") continue;
-                e2e::HoldProcess(lines[m_Seen]["ok"].value("helperProcessId", 0u));
+                e2e::HoldProcess(lines[m_Seen].at("ok").at("helperProcessId"));
                 std::ofstream(support::FromUtf8(step["file"])) << ' ';
             }
         });

@@ -2,12 +2,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 
+#include "support/limits.h"
+#include "support/temp_folder.h"
 #include "tests/e2e/machine.h"
 
 namespace e2e {
@@ -42,7 +45,16 @@ bool EndProcess(std::uint32_t processId) {
 }
 
 void HoldProcess(std::uint32_t processId) {
-    kill(static_cast<pid_t>(processId), SIGSTOP);
+    if (processId == 0 || kill(static_cast<pid_t>(processId), SIGSTOP) != 0) return;
+    // Until one of its threads has taken the signal the others go on.
+    const auto isStopped = [](const fs::directory_entry& task) {
+        return support::ReadAll(task.path() / "stat").find(") T ") != std::string::npos;
+    };
+    const fs::path tasks = fs::path("/proc") / std::to_string(processId) / "task";
+    support::WaitUntil([&] {
+        std::error_code hasEnded;
+        return std::all_of(fs::directory_iterator(tasks, hasEnded), fs::directory_iterator(), isStopped);
+    });
 }
 
 Machine::Machine(const fs::path& folder) : m_Home(folder / "home") {
