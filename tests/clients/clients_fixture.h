@@ -26,6 +26,8 @@ class ClientFixture : public e2e::HelperFixture {
     json options = {{"helper", HomeText() + "/" + e2e::ProgramFile("tollmere_steam_helper")},
                     {"appId", 480},
                     {"directory", HomeText()}};
+    // `stop` kills no helper, so that the log is whole.
+    void EndInOrder() { options["probe"] = support::ToUtf8(e2e::BinFolder() / e2e::ProgramFile("probe")); }
     // What stands in front of the driver's command line.
     std::vector<std::string> wrapper;
 

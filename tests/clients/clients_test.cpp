@@ -36,7 +36,7 @@ json ReadGameRecord(const fs::path& file) {
 
 TEST_P(Clients, LeadALifeInOrder) {
     const json args = {"-level", "two words", "", "say \"hi\"", "C:\\a b\\", "zo\u00EB"};
-    options["probe"] = ToUtf8(e2e::BinFolder() / e2e::ProgramFile("probe"));
+    EndInOrder();
     const Report report = Run({kStart,
                                {{"call", "identity"}, {"repeat", 1000}},
                                kLeave,
@@ -64,6 +64,7 @@ TEST_P(Clients, WaitForAnothersHelperOrUseIt) {
     const Report use = Run({kStart, kIdentity, kStop});
     options["otherHelper"] = "wait";
     options["appId"] = 481;
+    EndInOrder();
     const Report wait = Finish(Drive({kStart, kIdentity, kStop}), [this] {
         Surroundings().TakeBackTime();
         const bool hasEnded = SteamCalls().find("SteamAPI_Shutdown") != std::string::npos;
