@@ -66,9 +66,8 @@ TEST_P(Clients, WaitForAnothersHelperOrUseIt) {
     options["appId"] = 481;
     EndInOrder();
     const Report wait = Finish(Drive({kStart, kIdentity, kStop}), [this] {
-        Surroundings().TakeBackTime();
         const bool hasEnded = SteamCalls().find("SteamAPI_Shutdown") != std::string::npos;
-        if (!hasEnded) Surroundings().LetPass(std::chrono::seconds{20});
+        if (!hasEnded) LetPass(std::chrono::seconds{20});
     });
     for (const Report& report : {use, wait}) {
         for (const json& line : report) EXPECT_TRUE(line.contains("ok") && line["restarts"] == 0) << line;

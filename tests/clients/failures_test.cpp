@@ -58,8 +58,8 @@ class Failures : public ClientFixture, public testing::WithParamInterface<std::t
     using ClientFixture::variables;
     using ClientFixture::wrapper;
     using HelperFixture::Helper;
+    using HelperFixture::LetPass;
     using HelperFixture::LogFile;
-    using HelperFixture::Surroundings;
     using HelperFixture::UseStandIn;
 
     // The path of what is in the helper's folder.
@@ -135,7 +135,7 @@ const Failing kFailing[] = {
     {"nobody-came", kStart,
      [](auto& test) {
          test.Hide("");
-         test.meanwhile = [&test] { test.Surroundings().LetPass(std::chrono::seconds{20}); };
+         test.meanwhile = [&test] { test.LetPass(std::chrono::seconds{20}); };
      },
      kNativeOnly},
     {"closed-from-outside", kStart, [](auto& test) { test.Hide("kill -TERM $$"); }, kNativeOnly},
