@@ -39,7 +39,7 @@ const FAILURES = [
   ['pipe-denied', 'start', [], "The user may not open the helper's pipe.", 'Run the launcher as a user who is logged on, not as a guest or in a sandbox.'],
   ['not-connected', 'start', [], "The helper runs, but its pipe can't be opened in time.", 'Start again. If it stays, another program may hold the pipe, or Steam takes very long to start.'],
   ['no-answer', 'run', [], "The helper doesn't answer, not even after it was started again.", "Close the launcher and all helpers, and start again. Keep the helper's log for those who support it."],
-  ['connection-lost', 'run', [], 'The connection to the helper was lost.', 'Call again: the client connects anew, and starts the helper if need be.'],
+  ['connection-lost', 'run', [], 'The connection to the helper was lost.', 'Call again: the client reconnects, and starts the helper if need be.'],
   ['bad-answer', 'run', [], "The other end of the pipe doesn't speak the helper's protocol.", "Another program holds a pipe of this name, or helper and client don't fit each other."],
   ['game-missing', 'launch', [], "The game's program isn't there.", "Check the path of the game's program."],
   ['game-directory-missing', 'launch', [], "The game's directory isn't there.", 'Check the directory. It must be a folder that exists.'],
