@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -46,14 +45,14 @@ bool EndProcess(std::uint32_t processId) {
 
 void HoldProcess(std::uint32_t processId) {
     if (processId == 0 || kill(static_cast<pid_t>(processId), SIGSTOP) != 0) return;
-    // Until one of its threads has taken the signal the others go on.
-    const auto isStopped = [](const fs::directory_entry& task) {
-        return support::ReadAll(task.path() / "stat").find(") T ") != std::string::npos;
-    };
     const fs::path tasks = fs::path("/proc") / std::to_string(processId) / "task";
+    // Until one of its threads has taken the signal the others go on.
     support::WaitUntil([&] {
         std::error_code hasEnded;
-        return std::all_of(fs::directory_iterator(tasks, hasEnded), fs::directory_iterator(), isStopped);
+        for (fs::directory_iterator task(tasks, hasEnded), end; !hasEnded && task != end; task.increment(hasEnded)) {
+            if (support::ReadAll(task->path() / "stat").find(") T ") == std::string::npos) return false;
+        }
+        return true;
     });
 }
 
