@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "support/frames.h"
+#include "clients/cpp/tollmere_launcher_client.h"
 
 static constexpr std::size_t kLengthSize = 4;
 

@@ -4,10 +4,10 @@
 #include <thread>
 
 #include "bench/client.h"
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "diagnostics/text.h"
 #include "platform/error_mode.h"
 #include "support/child_process.h"
-#include "support/frames.h"
 
 // Short against a start, long against the question whether it is over.
 static constexpr std::chrono::microseconds kPoll{100};

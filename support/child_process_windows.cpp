@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <system_error>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "support/child_process.h"
 #include "support/limits.h"
 #include "support/system.h"
@@ -71,8 +72,9 @@ struct ChildProcess::State {
 
 ChildProcess::ChildProcess(const Start& start) : m_State(std::make_unique<State>()) {
     const std::wstring program = start.m_Program.wstring();
-    std::wstring commandLine = Wide(QuoteArgument(ToUtf8(start.m_Program)));
-    for (const std::string& argument : start.m_Arguments) commandLine += L" " + Wide(QuoteArgument(argument));
+    std::vector<std::string> arguments = {ToUtf8(start.m_Program)};
+    arguments.insert(arguments.end(), start.m_Arguments.begin(), start.m_Arguments.end());
+    std::wstring commandLine = Wide(launcher::CommandLine(arguments));
     std::wstring environment = ChangedEnvironment(start.m_Changes);
 
     STARTUPINFOW startup = {};

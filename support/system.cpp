@@ -7,18 +7,6 @@
 
 namespace support {
 
-std::string QuoteArgument(const std::string& argument) {
-    if (!argument.empty() && argument.find_first_of(" \t\n\v\"") == std::string::npos) return argument;
-    std::string quoted = "\"";
-    std::size_t backslashes = 0;
-    for (const char c : argument) {
-        if (c == '"') quoted.append(backslashes + 1, '\\');
-        backslashes = c == '\\' ? backslashes + 1 : 0;
-        quoted += c;
-    }
-    return quoted.append(backslashes, '\\') + '"';
-}
-
 std::string CurrentDirectory() {
     std::error_code error;
     const std::u8string path = std::filesystem::current_path(error).u8string();

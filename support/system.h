@@ -18,10 +18,6 @@ std::vector<std::string> Arguments(int argc, char** argv);
 // with the quotes that Windows would need.
 std::string CommandLine(int argc, char** argv);
 
-// The argument as it stands in a command line of Windows: in quotes if it needs them. Backslashes count only before a
-// quote (Microsoft's page "Parsing C command-line arguments").
-std::string QuoteArgument(const std::string& argument);
-
 // The variable as it is now, also after a change made by this process; nothing if it isn't set.
 std::optional<std::string> Variable(const char* name);
 

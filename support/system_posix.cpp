@@ -10,15 +10,6 @@ std::vector<std::string> Arguments(int argc, char** argv) {
     return {argv, argv + argc};
 }
 
-std::string CommandLine(int argc, char** argv) {
-    std::string line;
-    for (const std::string& argument : Arguments(argc, argv)) {
-        if (!line.empty()) line += ' ';
-        line += QuoteArgument(argument);
-    }
-    return line;
-}
-
 std::optional<std::string> Variable(const char* name) {
     const char* const value = std::getenv(name);
     if (value == nullptr) return std::nullopt;

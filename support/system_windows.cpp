@@ -37,10 +37,6 @@ std::vector<std::string> Arguments(int, char**) {
     return arguments;
 }
 
-std::string CommandLine(int, char**) {
-    return ToUtf8(GetCommandLineW());
-}
-
 // Not the C runtime's copy, which doesn't follow SetEnvironmentVariable.
 std::optional<std::string> Variable(const char* name) {
     const std::wstring wideName(name, name + std::char_traits<char>::length(name));

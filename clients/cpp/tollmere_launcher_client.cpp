@@ -144,6 +144,7 @@ constexpr FailureKind kFailures[] = {
 };
 // clang-format on
 
+constexpr char kPipeName[] = "TollmereSteamHelper";
 constexpr std::size_t kLengthSize = 4;
 constexpr std::size_t kBufferSize = 65536;
 constexpr Milliseconds kLongest = std::chrono::hours{24 * 365};
@@ -400,11 +401,7 @@ std::wstring PipePath(const std::string& name) {
     return L"\\\\.\\pipe\\" + Wide(name);
 }
 
-std::string PipeName(const Variables&) {
-    return "TollmereSteamHelper";
-}
-
-fs::path ProgramData(const Variables&) {
+fs::path ProgramData() {
     wchar_t folder[MAX_PATH] = L"";
     SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, folder);
     return folder;
@@ -485,9 +482,9 @@ bool PipeClient::TryOpen(const std::string& name) {
     return IsOpen();
 }
 
-bool PipeClient::IsThere(const std::string& name, Milliseconds patience) {
-    const auto wait = static_cast<DWORD>(std::max(Left(After(patience)), 1));
-    return WaitNamedPipeW(PipePath(name).c_str(), wait) || GetLastError() != ERROR_FILE_NOT_FOUND;
+bool PipeClient::IsThere(const std::string& name) {
+    // It waits a millisecond for one that is busy.
+    return WaitNamedPipeW(PipePath(name).c_str(), 1) || GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
 Outcome PipeClient::Write(std::string_view bytes, Milliseconds limit, const std::stop_token& stop) {
@@ -583,29 +580,23 @@ Outcome Await(NativeHandle handle, Clock::time_point end, const std::stop_token&
 }
 
 // The first that is set and not empty; else nothing.
-std::string Variable(const Variables& changes, std::initializer_list<const char*> names) {
+std::string Variable(std::initializer_list<const char*> names) {
     for (const char* const name : names) {
-        const auto changed = changes.find(name);
-        const char* const own = std::getenv(name);
-        std::string value = changed != changes.end() ? changed->second.value_or("") : own != nullptr ? own : "";
-        if (!value.empty()) return value;
+        const char* const value = std::getenv(name);
+        if (value != nullptr && *value != '\0') return value;
     }
     return {};
 }
 
-std::string PipeName(const Variables& changes) {
-    const std::string folder = Variable(changes, {"TOLLMERE_PIPE_DIR", "XDG_RUNTIME_DIR"});
-    return (folder.empty() ? "/tmp/tollmere-" + std::to_string(getuid()) : folder) + "/TollmereSteamHelper";
-}
-
 // A pipe is a Unix stream socket named after it.
 std::string PipePath(const std::string& name) {
-    return name.find('/') != std::string::npos ? name : fs::path(PipeName({})).replace_filename(name).string();
+    const std::string folder = Variable({"TOLLMERE_PIPE_DIR", "XDG_RUNTIME_DIR"});
+    return (folder.empty() ? "/tmp/tollmere-" + std::to_string(getuid()) : folder) + "/" + name;
 }
 
-fs::path ProgramData(const Variables& changes) {
-    const std::string folder = Variable(changes, {"TOLLMERE_PROGRAM_DATA", "XDG_STATE_HOME"});
-    return folder.empty() ? fs::path(Variable(changes, {"HOME"})) / ".local/state" : fs::path(folder);
+fs::path ProgramData() {
+    const std::string folder = Variable({"TOLLMERE_PROGRAM_DATA", "XDG_STATE_HOME"});
+    return folder.empty() ? fs::path(Variable({"HOME"})) / ".local/state" : fs::path(folder);
 }
 
 bool IsProgram(const fs::path& file) {
@@ -645,12 +636,12 @@ bool PipeClient::TryOpen(const std::string& name) {
         if (errno == EACCES || errno == EPERM) m_Found = Found::Denied;
         return false;
     }
-    m_Connection = std::make_shared<Connection>(std::move(client));
+    m_Connection = std::shared_ptr<Connection>(new Connection{std::move(client)});
     return true;
 }
 
 // The lock beside the socket tells. Taking it, to see whether it is free, could be in a helper's way.
-bool PipeClient::IsThere(const std::string& name, Milliseconds) {
+bool PipeClient::IsThere(const std::string& name) {
     struct stat status = {};
     if (stat((PipePath(name) + ".lock").c_str(), &status) != 0) return false;
     const std::string inode = ":" + std::to_string(status.st_ino) + " ";
@@ -890,8 +881,11 @@ SteamHelper::SteamHelper(StartOptions options) : m_Options(std::move(options)) {
     }
     m_Changes["SteamAppId"] = std::to_string(m_Options.m_AppId);
     m_Changes["SteamLocation"] = m_Options.m_Directory.empty() ? std::nullopt : std::optional(m_Options.m_Directory);
-    m_PipeName = PipeName(m_Changes);
-    m_Log = Text(ProgramData(m_Changes) / "Tollmere Games" / "Launcher" / "tollmere_steam_helper");
+    m_Log = Text(ProgramData() / "Tollmere Games" / "Launcher" / "tollmere_steam_helper");
+}
+
+std::uint32_t SteamHelper::HelperProcessId() const {
+    return m_Own && !m_Own->HasEnded() ? m_Own->m_Id : 0;
 }
 
 SteamHelper SteamHelper::Start(StartOptions options, const Call& call) {
@@ -912,18 +906,17 @@ void SteamHelper::Connect(Limits& limits) {
         limits.Check();
         Milliseconds pause = kPause;
         if (m_Own && m_Own->HasEnded()) TakeEnd(limits);
-        if (!m_Own && !PipeClient::IsThere(m_PipeName)) StartOwn(limits);
+        if (!m_Own && !PipeClient::IsThere(kPipeName)) StartOwn(limits);
         if (!m_Own) {
-            const bool isLate = Clock::now() > (mayUse ? limits.m_ConnectEnd : limits.m_WaitEnd);
+            const bool isLate = !mayUse && Clock::now() > limits.m_WaitEnd;
             if (isLate || m_Options.m_OtherHelper == OtherHelper::Fail) throw HelperError("other-helper");
         }
-        if ((m_Own || mayUse) && m_Pipe.TryOpen(m_PipeName)) {
+        if ((m_Own || mayUse) && m_Pipe.TryOpen(kPipeName)) {
             const std::uint32_t server = m_Pipe.ServerProcessId();
             const bool isOwn = m_Own && m_Own->m_Id == server;
             if (isOwn || mayUse) {
                 // Where another has been faster, ours finds the pipe taken and ends.
                 if (!isOwn) m_Own.reset();
-                m_HelperId = server;
                 m_WasConnected = true;
                 limits.m_IsNew = false;
                 return;
@@ -933,7 +926,7 @@ void SteamHelper::Connect(Limits& limits) {
             pause = 20 * kPause;
         }
         if (m_Pipe.FoundDenied()) throw HelperError("pipe-denied");
-        if (m_Own && Clock::now() > limits.m_ConnectEnd) throw HelperError("not-connected");
+        if ((m_Own || mayUse) && Clock::now() > limits.m_ConnectEnd) throw HelperError("not-connected");
         limits.Pause(m_Own.get(), pause);
     }
 }
@@ -944,27 +937,26 @@ void SteamHelper::StartOwn(Limits& limits) {
     if (!fs::exists(program, error)) throw HelperError("helper-missing", Text(program));
     m_LogSize = SizeOf(Path(m_Log + ".log"));
     m_Own = Process::Start(program, m_Changes);
-    m_HelperId = m_Own->m_Id;
     limits.m_Restarts += m_WasConnected ? 1 : 0;
     m_Restarts += m_WasConnected ? 1 : 0;
     limits.m_IsNew = true;
     limits.m_ConnectEnd = After(m_Options.m_StartTimeout);
 }
 
-// Our helper has ended: goes on where another may be started, else throws the reason.
+// Our helper has ended: returns where another may be started, else throws the reason.
 void SteamHelper::TakeEnd(Limits& limits) {
     const HelperError reason = WhyEnded();
+    const bool isNew = std::exchange(limits.m_IsNew, false);
     m_Own.reset();
-    if (!std::exchange(limits.m_IsNew, false)) {
-        if (limits.m_Restarts >= kMostRestarts) throw reason;
-        return;
-    }
     // Without a log the pipe itself tells.
     const bool isSilent = reason.Code() == "ended-without-reason";
-    if (reason.Code() != "pipe-taken" && !(isSilent && PipeClient::IsThere(m_PipeName))) throw reason;
-    if (m_Options.m_OtherHelper == OtherHelper::Fail || Clock::now() > limits.m_WaitEnd) {
-        throw HelperError("other-helper");
+    if (reason.Code() == "pipe-taken" || (isNew && isSilent && PipeClient::IsThere(kPipeName))) {
+        if (m_Options.m_OtherHelper == OtherHelper::Fail) throw HelperError("other-helper", reason.Detail());
+        if (Clock::now() > limits.m_WaitEnd) throw reason;
+        return;
     }
+    // Who comes early is connected to a helper whose start then fails.
+    if (isNew || reason.Phase() == "start" || limits.m_Restarts >= kMostRestarts) throw reason;
 }
 
 HelperError SteamHelper::WhyEnded() const {

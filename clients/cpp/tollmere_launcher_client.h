@@ -120,9 +120,8 @@ class PipeClient {
     bool FoundBusy() const { return m_Found == Found::Busy; }
     bool FoundDenied() const { return m_Found == Found::Denied; }
 
-    // Whether there is a pipe, free or not, without opening it. On Windows it waits for one that is busy to become
-    // free, up to `patience`.
-    static bool IsThere(const std::string& name, Milliseconds patience = Milliseconds{1});
+    // Whether there is a pipe, free or not, without opening it.
+    static bool IsThere(const std::string& name);
 
     // Writes all of `bytes`, or as much as goes in before the outcome is not Done.
     Outcome Write(std::string_view bytes, Milliseconds limit, const std::stop_token& stop = {});

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "support/limits.h"
+#include "support/open_pipe.h"
 #include "tests/e2e/operations_page.h"
 #include "tests/support/log_text.h"
 #include "tools/probe/verdict.h"
@@ -54,7 +55,7 @@ void HelperFixture::StartService() {
 
 void HelperFixture::Connect() {
     m_Frames = {};
-    ASSERT_TRUE(m_Launcher.Open(kPipeName, Limit()));
+    ASSERT_TRUE(support::OpenPipe(m_Launcher, kPipeName, Limit()));
 }
 
 void HelperFixture::SendBytes(const std::string& bytes) {

@@ -11,9 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "support/child_process.h"
-#include "support/frames.h"
-#include "support/pipe_client.h"
 #include "support/temp_folder.h"
 #include "tests/e2e/machine.h"
 

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "support/limits.h"
+#include "support/open_pipe.h"
 #include "tests/e2e/helper_fixture.h"
 
 namespace e2e {
@@ -66,7 +67,7 @@ class Visits : public HelperFixture {
     }
 
     static bool Comes(launcher::PipeClient& client, Way way) {
-        if (way == Way::WaitsForItsTurn) return client.Open(kPipeName, Limit());
+        if (way == Way::WaitsForItsTurn) return support::OpenPipe(client, kPipeName, Limit());
         const auto end = std::chrono::steady_clock::now() + Limit();
         while (!client.TryOpen(kPipeName)) {
             if (std::chrono::steady_clock::now() > end) return false;

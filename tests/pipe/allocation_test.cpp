@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <new>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "pipe/frame_router.h"
 #include "pipe/subsystem_base.h"
-#include "support/frames.h"
 #include "tests/pipe/pipe_server_fixture.h"
 
 namespace {

@@ -11,10 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "pipe/named_pipe_server.h"
 #include "pipe/overlapped_operation.h"
 #include "support/limits.h"
-#include "support/pipe_client.h"
+#include "support/open_pipe.h"
 #include "tests/support/log_capture.h"
 
 class PipeServerFixture : public testing::Test {
@@ -57,7 +58,7 @@ class PipeServerFixture : public testing::Test {
     }
 
     bool StartAndConnect() { return Start() && Connect(); }
-    bool Connect() { return client.Open(m_Name, support::Limit()); }
+    bool Connect() { return support::OpenPipe(client, m_Name, support::Limit()); }
     bool Write(const std::string& bytes) { return client.Write(bytes, support::Limit()) == launcher::Outcome::Done; }
     // Exactly `size` bytes, or fewer if the connection ends first.
     std::string Read(std::size_t size) {

@@ -5,7 +5,8 @@
 
 #include <string>
 
-#include "support/pipe_client.h"
+#include "clients/cpp/tollmere_launcher_client.h"
+#include "support/open_pipe.h"
 #include "tests/platform/counted_wait.h"
 
 // One overlapped request with its event.
@@ -82,7 +83,7 @@ class PipeContract : public testing::Test {
     bool ClientCame() {
         Request connect;
         const DWORD error = Connect(connect);
-        if (!client.Open(name, support::Limit())) return false;
+        if (!support::OpenPipe(client, name, support::Limit())) return false;
         return error == ERROR_IO_PENDING && connect.Signalled() && connect.Error(pipe) == ERROR_SUCCESS;
     }
     bool ClientWrites(const std::string& bytes) {

@@ -11,14 +11,14 @@
 #include <string>
 #include <thread>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "host/timed_shutdown.h"
 #include "pipe/named_pipe_server.h"
 #include "pipe/subsystem_base.h"
 #include "platform/posix/testing/clock.h"
 #include "platform/posix/testing/faults.h"
-#include "support/frames.h"
 #include "support/limits.h"
-#include "support/pipe_client.h"
+#include "support/open_pipe.h"
 #include "support/temp_folder.h"
 #include "tests/support/log_capture.h"
 
@@ -61,7 +61,7 @@ class SteamServiceTest : public testing::Test {
     bool Write(const std::string& frame) { return client.Write(frame, Limit()) == Outcome::Done; }
     bool Served() {
         std::string answer;
-        return client.Open(kPipe, Limit()) && Write(MakeFrame("info_request:1")) &&
+        return support::OpenPipe(client, kPipe, Limit()) && Write(MakeFrame("info_request:1")) &&
                client.Read(answer, Limit()) == Outcome::Done;
     }
 

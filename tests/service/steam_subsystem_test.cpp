@@ -3,8 +3,8 @@
 #include <cstring>
 #include <memory>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "pipe/frame_router.h"
-#include "support/frames.h"
 #include "tests/pipe/pipe_server_fixture.h"
 
 namespace {

@@ -1,9 +1,9 @@
-#include "support/frames.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <vector>
+
+#include "clients/cpp/tollmere_launcher_client.h"
 
 namespace {
 

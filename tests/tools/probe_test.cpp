@@ -4,9 +4,8 @@
 #include <regex>
 #include <string>
 
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "platform/windows_api.h"
-#include "support/frames.h"
-#include "support/pipe_client.h"
 #include "tools/probe/options.h"
 #include "tools/probe/run.h"
 

@@ -1,7 +1,7 @@
 #include "tools/probe/conversation.h"
 
-#include "support/frames.h"
-#include "support/pipe_client.h"
+#include "clients/cpp/tollmere_launcher_client.h"
+#include "support/open_pipe.h"
 #include "tools/probe/report.h"
 
 namespace {
@@ -11,7 +11,7 @@ class Conversation {
     explicit Conversation(const Options& options) : m_Options(options) {}
 
     ExitStatus Run() {
-        if (!m_Pipe.Open(m_Options.m_Pipe, m_Options.m_Timeout)) return NotConnected();
+        if (!support::OpenPipe(m_Pipe, m_Options.m_Pipe, m_Options.m_Timeout)) return NotConnected();
         Narrate("launcher: connected to " + m_Options.m_Pipe);
         ExitStatus status = ExitStatus::Done;
         for (const Command& command : m_Options.m_Commands) {

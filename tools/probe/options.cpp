@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 
-#include "support/frames.h"
+#include "clients/cpp/tollmere_launcher_client.h"
 #include "tools/probe/local_commands.h"
 #include "tools/probe/read_number.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "support/frames.h"
+#include "clients/cpp/tollmere_launcher_client.h"
 
 // Bytes that would break a line or the terminal are shown as \xNN, except in JSON.
 

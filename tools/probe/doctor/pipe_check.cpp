@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <thread>
 
-#include "support/frames.h"
-#include "support/pipe_client.h"
+#include "clients/cpp/tollmere_launcher_client.h"
+#include "support/open_pipe.h"
 #include "tools/probe/doctor/checks.h"
 #include "tools/probe/doctor/pipe_look.h"
 #include "tools/probe/doctor/processes.h"
@@ -66,7 +66,7 @@ Check Ask(launcher::PipeClient& pipe, const std::string& owner, milliseconds lim
 
 Check ConnectAndAsk(const Options& options, const Seen& seen) {
     launcher::PipeClient pipe;
-    if (!pipe.Open(options.m_Pipe, options.m_Timeout)) {
+    if (!support::OpenPipe(pipe, options.m_Pipe, options.m_Timeout)) {
         if (LookAtPipe(options.m_Pipe) == PipeState::None) return Healthy(kName, "free: the helper has just ended");
         return Failing(kName, pipe.FoundBusy() ? "other-helper" : "pipe-denied", seen.Helpers());
     }
