@@ -112,8 +112,7 @@ class PipeClient {
     PipeClient(PipeClient&&) = default;  // at its end it closes
     PipeClient& operator=(PipeClient&&) = default;
 
-    // One try to open `\\.\pipe\NAME`; `name` is NAME alone (on Linux it may be the path of a socket). False if there
-    // is no pipe, or it is busy or denied.
+    // One try to open `\\.\pipe\NAME`; `name` is NAME alone. False if there is no pipe, or it is busy or denied.
     bool TryOpen(const std::string& name);
     // Whether the last try found a pipe, but one that serves somebody else or doesn't listen; or that the user may not
     // open.
@@ -163,6 +162,7 @@ class HelperError : public std::runtime_error {
     // `code` is one of Failures().
     explicit HelperError(std::string_view code, const std::string& detail = {});
     std::string_view Code() const { return m_Kind->m_Code; }
+    std::string_view Phase() const { return m_Kind->m_Phase; }
     std::string_view Text() const { return m_Kind->m_Text; }
     std::string_view Advice() const { return m_Kind->m_Advice; }
     // What this case adds, such as an exit code; may be empty. Never a ticket.
@@ -244,8 +244,8 @@ class SteamHelper {
 
     // How often the helper was started again.
     int Restarts() const { return m_Restarts; }
-    // Of the helper that was started or connected to last.
-    std::uint32_t HelperProcessId() const { return m_HelperId; }
+    // Of our own helper; 0 if it has ended or we are somebody else's client.
+    std::uint32_t HelperProcessId() const;
 
   private:
     struct Limits;
@@ -261,12 +261,10 @@ class SteamHelper {
 
     StartOptions m_Options;
     std::map<std::string, std::optional<std::string>> m_Changes;  // to the environment
-    std::string m_PipeName;
-    std::string m_Log;  // the file, without ".log"
+    std::string m_Log;                                            // the file, without ".log"
     PipeClient m_Pipe;
     std::shared_ptr<Process> m_Own;  // null: none, or it is known to have ended
     std::uintmax_t m_LogSize = 0;    // when it was started, in bytes
-    std::uint32_t m_HelperId = 0;
     std::uint64_t m_LastRequest = 0;
     int m_Restarts = 0;
     bool m_WasConnected = false;

@@ -20,14 +20,20 @@ void ClientFixture::SetUp() {
 
 std::unique_ptr<support::ChildProcess> ClientFixture::StartNode(const std::vector<std::string>& line,
                                                                 const std::filesystem::path& output) const {
-    std::vector<std::string> whole = wrapper;
-    whole.push_back(NodeProgram());
+    std::vector<std::string> whole = {NodeProgram()};
     whole.insert(whole.end(), line.begin(), line.end());
-    const std::filesystem::path program = support::FromUtf8(whole.front());
-    whole.erase(whole.begin());
     support::Environment changes = variables;
     changes["NODE_SKIP_PLATFORM_CHECK"] = "1";  // else it refuses what calls itself an old Windows
     changes["TOLLMERE_TEST_OUTPUT"] = ToUtf8(output);
+    return StartProgram(whole, changes);
+}
+
+std::unique_ptr<support::ChildProcess> ClientFixture::StartProgram(const std::vector<std::string>& line,
+                                                                   support::Environment changes) const {
+    std::vector<std::string> whole = wrapper;
+    whole.insert(whole.end(), line.begin(), line.end());
+    const std::filesystem::path program = support::FromUtf8(whole.front());
+    whole.erase(whole.begin());
     return std::make_unique<support::ChildProcess>(support::ChildProcess::Start{program, whole, changes, Home()});
 }
 
@@ -36,7 +42,11 @@ ClientFixture::Driven ClientFixture::Drive(const Steps& steps) {
     const std::filesystem::path script = Home() / ("script" + number);
     const std::filesystem::path report = Home() / ("report" + number);
     std::ofstream(script) << json{{"options", options}, {"report", ToUtf8(report)}, {"steps", steps}};
-    return {StartNode({InClients("driver.js"), InClients("node/index.js"), ToUtf8(script)}), report, steps.size()};
+    const bool isNode = Driver() == "Node";
+    const std::string program = ToUtf8(e2e::BinFolder() / e2e::ProgramFile("clients_driver"));
+    return {isNode ? StartNode({InClients("driver.js"), InClients("node/index.js"), ToUtf8(script)})
+                   : StartProgram({program, ToUtf8(script)}, variables),
+            report, steps.size()};
 }
 
 Report ClientFixture::Driven::Lines() const {

@@ -45,6 +45,9 @@ class ClientFixture : public e2e::HelperFixture {
         const Driven& driven, const std::function<void()>& meanwhile = [] {});
     Report Run(const Steps& steps) { return Finish(Drive(steps)); }
 
+    // In the helper's surroundings.
+    std::unique_ptr<support::ChildProcess> StartProgram(const std::vector<std::string>& line,
+                                                        support::Environment changes) const;
     // What it prints gets into the file.
     std::unique_ptr<support::ChildProcess> StartNode(const std::vector<std::string>& line,
                                                      const std::filesystem::path& output = {}) const;
@@ -66,6 +69,6 @@ class NodeClient : public ClientFixture {
     std::string Driver() const override { return "Node"; }
 };
 
-inline const auto kDrivers = testing::Values("Node");
+inline const auto kDrivers = testing::Values("Cpp", "Node");
 
 }  // namespace clients

@@ -21,6 +21,28 @@ class Vectors : public e2e::HelperFixture {
         }
         return bytes;
     }
+    // What an answer's frame says, fed byte by byte; null if it is none of the helper's.
+    static json Fields(const std::string& frame) {
+        launcher::FrameReader reader;
+        std::optional<launcher::Frame> whole;
+        for (std::size_t i = 0; i < frame.size(); ++i) {
+            EXPECT_FALSE(whole);
+            reader.Feed(frame.substr(i, 1));
+            whole = reader.Next();
+        }
+        EXPECT_TRUE(whole || reader.IsBroken());
+        if (!whole || whole->m_Id != launcher::kSteamId) return {};
+        const std::optional<launcher::Answer> answer = launcher::ParseAnswer(whole->m_Body);
+        if (!answer) return {};
+        json fields = {{"id", std::to_string(launcher::RequestIdOf(*answer))}, {"kind", "failure"}};
+        if (const auto* const launch = std::get_if<launcher::LaunchResponse>(&*answer)) {
+            fields.update({{"kind", "launch"}, {"processId", launch->m_ProcessId}});
+        } else if (const auto* const info = std::get_if<launcher::InfoResponse>(&*answer)) {
+            fields.update({{"kind", "info"}, {"name", info->m_PersonaName}, {"ticket", info->m_Ticket}});
+            fields["steamId"] = std::to_string(info->m_SteamId);
+        }
+        return fields;
+    }
 };
 
 TEST_F(Vectors, AreWhatTheHelperAnswers) {
@@ -35,7 +57,7 @@ TEST_F(Vectors, AreWhatTheHelperAnswers) {
     CloseFromOutside();
 }
 
-TEST_F(Vectors, AreWhatOurOwnLauncherSaysAndUnderstands) {
+TEST_F(Vectors, AreKeptTo) {
     for (const json& row : Section("requests")) {
         const json& call = row["call"].front();
         const std::uint64_t id = std::stoull(call.value("id", ""));
@@ -48,16 +70,21 @@ TEST_F(Vectors, AreWhatOurOwnLauncherSaysAndUnderstands) {
     }
     for (const json& row : Section("answers")) {
         SCOPED_TRACE(row["name"]);
-        launcher::FrameReader reader;
-        reader.Feed(Bytes(row["hex"]));
-        const auto answer = launcher::ParseAnswer(reader.Next().value_or(launcher::Frame{}).m_Body);
-        ASSERT_TRUE(answer);
-        EXPECT_EQ(std::to_string(launcher::RequestIdOf(*answer)), row["fields"]["id"]);
-        if (const auto* const info = std::get_if<launcher::InfoResponse>(&*answer)) {
-            EXPECT_EQ((json{std::to_string(info->m_SteamId), info->m_PersonaName, info->m_Ticket}),
-                      (json{row["fields"]["steamId"], row["fields"]["name"], row["fields"]["ticket"]}));
+        EXPECT_EQ(Fields(Bytes(row["hex"])), row["fields"]);
+    }
+    for (const json& row : Section("wrongFrames")) EXPECT_EQ(Fields(Bytes(row["hex"])), json()) << row;
+    for (const json& row : Section("quoting")) EXPECT_EQ(launcher::CommandLine(row["args"]), row["commandLine"]);
+    json failures = json::array();
+    for (const launcher::FailureKind& kind : launcher::Failures()) {
+        failures.push_back({{"code", kind.m_Code}, {"phase", kind.m_Phase}, {"text", kind.m_Text}});
+        failures.back()["advice"] = kind.m_Advice;
+        for (const char* const line : kind.m_Log) {
+            if (line != nullptr) failures.back()["log"].push_back(line);
         }
     }
+    json listed = json::parse(support::ReadAll(e2e::BinFolder() / "clients" / "failures.json")).at("failures");
+    for (json& entry : listed) entry.erase("page");
+    EXPECT_EQ(failures, listed);
 }
 
 TEST_F(NodeClient, KeepsToWhatAllClientsShare) {
