@@ -166,6 +166,11 @@ fs::path Path(std::string_view text) {
     return {std::u8string(text.begin(), text.end())};
 }
 
+fs::path Absolute(std::string_view text) {
+    std::error_code error;
+    return fs::absolute(Path(text), error).make_preferred();
+}
+
 std::string Text(const fs::path& path) {
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};
@@ -756,8 +761,9 @@ void Require(bool makesSense, const char* what) {
 
 bool IsText(const std::string& text) {
     try {
-        // Windows' own conversion tells what isn't UTF-8.
-        return text.find('\0') == std::string::npos && !Path(text).native().empty() == !text.empty();
+        // On Windows the conversion finds what isn't UTF-8.
+        static_cast<void>(Path(text));
+        return text.find('\0') == std::string::npos;
     } catch (const std::system_error&) {
         return false;
     }
@@ -872,15 +878,16 @@ void Game::Ended(const Call& call) const {
 SteamHelper::SteamHelper(StartOptions options) : m_Options(std::move(options)) {
     Require(!m_Options.m_Helper.empty() && IsText(m_Options.m_Helper), "m_Helper is no path");
     Require(m_Options.m_AppId > 0 && m_Options.m_AppId <= 0x7FFFFFFF, "m_AppId isn't from 1 to 2147483647");
-    Require(m_Options.m_Directory.size() <= 259 && IsText(m_Options.m_Directory),
-            "m_Directory is longer than 259 bytes or no path");
-    m_Changes = {m_Options.m_Environment.begin(), m_Options.m_Environment.end()};
+    Require(IsText(m_Options.m_Directory), "m_Directory is no path");
+    const std::string directory = m_Options.m_Directory.empty() ? "" : Text(Absolute(m_Options.m_Directory));
+    Require(directory.size() <= 259, "m_Directory is longer than 259 bytes");
     for (const auto& [name, value] : m_Options.m_Environment) {
         Require(!name.empty() && name.find('=') == std::string::npos && IsText(name) && IsText(value),
                 "m_Environment has a name or a value that no variable can have");
     }
+    m_Changes = {m_Options.m_Environment.begin(), m_Options.m_Environment.end()};
     m_Changes["SteamAppId"] = std::to_string(m_Options.m_AppId);
-    m_Changes["SteamLocation"] = m_Options.m_Directory.empty() ? std::nullopt : std::optional(m_Options.m_Directory);
+    m_Changes["SteamLocation"] = directory.empty() ? std::nullopt : std::optional(directory);
     m_Log = Text(ProgramData() / "Tollmere Games" / "Launcher" / "tollmere_steam_helper");
 }
 
@@ -933,7 +940,7 @@ void SteamHelper::Connect(Limits& limits) {
 
 void SteamHelper::StartOwn(Limits& limits) {
     std::error_code error;
-    const fs::path program = fs::absolute(Path(m_Options.m_Helper), error);
+    const fs::path program = Absolute(m_Options.m_Helper);
     if (!fs::exists(program, error)) throw HelperError("helper-missing", Text(program));
     m_LogSize = SizeOf(Path(m_Log + ".log"));
     m_Own = Process::Start(program, m_Changes);
@@ -1037,10 +1044,8 @@ Game SteamHelper::Launch(const GameStart& start, const Call& call) {
     Require(!start.m_Exe.empty() && IsText(start.m_Exe), "m_Exe is no path");
     Require(IsText(start.m_Directory), "m_Directory is no path");
     Require(std::all_of(start.m_Args.begin(), start.m_Args.end(), IsText), "m_Args has what no argument can hold");
-    std::error_code error;
-    const fs::path exe = fs::absolute(Path(start.m_Exe), error);
-    const fs::path directory =
-        start.m_Directory.empty() ? exe.parent_path() : fs::absolute(Path(start.m_Directory), error);
+    const fs::path exe = Absolute(start.m_Exe);
+    const fs::path directory = start.m_Directory.empty() ? exe.parent_path() : Absolute(start.m_Directory);
     std::vector<std::string> arguments = {Text(exe)};
     arguments.insert(arguments.end(), start.m_Args.begin(), start.m_Args.end());
     const auto request = [&](std::uint64_t id) {
@@ -1058,6 +1063,7 @@ Game SteamHelper::Launch(const GameStart& start, const Call& call) {
     if (const auto* const launched = std::get_if<LaunchResponse>(&answer)) {
         return Game(Process::Open(launched->m_ProcessId));
     }
+    std::error_code error;
     if (!fs::exists(exe, error)) throw HelperError("game-missing", Text(exe));
     if (!fs::is_directory(directory, error)) throw HelperError("game-directory-missing", Text(directory));
     throw HelperError(IsProgram(exe) ? "game-refused" : "game-not-a-program", Text(exe));
