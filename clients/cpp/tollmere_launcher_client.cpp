@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <sstream>
 #include <thread>
 #include <utility>
 
@@ -414,8 +415,7 @@ fs::path ProgramData() {
 
 bool IsProgram(const fs::path& file) {
     char head[2] = {};
-    return fs::is_regular_file(file) && std::ifstream(file, std::ios::binary).read(head, 2) && head[0] == 'M' &&
-           head[1] == 'Z';
+    return std::ifstream(file, std::ios::binary).read(head, 2) && head[0] == 'M' && head[1] == 'Z';
 }
 
 struct LessWithoutCase {
@@ -605,7 +605,8 @@ fs::path ProgramData() {
 }
 
 bool IsProgram(const fs::path& file) {
-    return fs::is_regular_file(file) && access(file.c_str(), X_OK) == 0;
+    std::error_code error;
+    return fs::is_regular_file(file, error) && access(file.c_str(), X_OK) == 0;
 }
 
 std::vector<std::string> ChangedEnvironment(const Variables& changes) {
@@ -795,7 +796,9 @@ std::string ReadFrom(const fs::path& file, std::uintmax_t offset) {
     for (int i = 0; i < 20 && fs::exists(file, error); ++i) {
         if (std::ifstream stream(file, std::ios::binary); stream) {
             stream.seekg(static_cast<std::streamoff>(offset));
-            return {std::istreambuf_iterator<char>(stream), {}};
+            std::ostringstream bytes;
+            bytes << stream.rdbuf();  // unlike iterators it throws nothing
+            return std::move(bytes).str();
         }
         std::this_thread::sleep_for(kPause);
     }
@@ -918,9 +921,9 @@ void SteamHelper::Connect(Limits& limits) {
             const bool isLate = !mayUse && Clock::now() > limits.m_WaitEnd;
             if (isLate || m_Options.m_OtherHelper == OtherHelper::Fail) throw HelperError("other-helper");
         }
-        if ((m_Own || mayUse) && m_Pipe.TryOpen(kPipeName)) {
-            const std::uint32_t server = m_Pipe.ServerProcessId();
-            const bool isOwn = m_Own && m_Own->m_Id == server;
+        const bool mayOpen = m_Own || mayUse;
+        if (mayOpen && m_Pipe.TryOpen(kPipeName)) {
+            const bool isOwn = m_Own && m_Own->m_Id == m_Pipe.ServerProcessId();
             if (isOwn || mayUse) {
                 // Where another has been faster, ours finds the pipe taken and ends.
                 if (!isOwn) m_Own.reset();
@@ -932,8 +935,8 @@ void SteamHelper::Connect(Limits& limits) {
             m_Pipe.Close();
             pause = 20 * kPause;
         }
-        if (m_Pipe.FoundDenied()) throw HelperError("pipe-denied");
-        if ((m_Own || mayUse) && Clock::now() > limits.m_ConnectEnd) throw HelperError("not-connected");
+        if (mayOpen && m_Pipe.FoundDenied()) throw HelperError("pipe-denied");
+        if (mayOpen && Clock::now() > limits.m_ConnectEnd) throw HelperError("not-connected");
         limits.Pause(m_Own.get(), pause);
     }
 }
