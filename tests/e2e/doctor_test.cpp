@@ -78,7 +78,7 @@ TEST_F(Doctor, NamesTheOneThingThatIsWrong) {
         {"program:helper-not-started", [&] { m_Helper = text; }, [] {}},
         {"library:no-steam-library", [&] { UseStandIn(""); }, [] {}},
         {"library:no-steam-library", [&] { std::ofstream(library) << "no library"; }, [] {}},
-        {"library:no-steam-library", [&] { fs::resize_file(library, fs::file_size(library) / 2); }, [] {}},
+        {"library:no-steam-library", [&] { fs::resize_file(library, 4096); }, [] {}},
         {"app-id:no-app-id", [&] { m_AppId = "0"; }, [] {}},
         {"app-id:no-app-id", [&] { m_AppId = "2147483648"; }, [] {}},
         {"directory:game-directory-missing", [&] { m_Directory = HomeText() + "-missing"; }, [] {}},
