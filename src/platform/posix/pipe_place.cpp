@@ -106,7 +106,7 @@ PipePlace::~PipePlace() {
     if (m_Lock < 0) return;
     RemoveSocketFile(m_SocketPath);
     unlink(LockPath(m_SocketPath).c_str());
-    // In so many words: a child that is just being started has a copy of the descriptor.
+    // Explicitly: a child that is just being started has a copy of the descriptor, which would keep the lock.
     flock(m_Lock, LOCK_UN);
     close(m_Lock);
 }
