@@ -9,6 +9,7 @@
 #include "pipe/completion_lock.h"
 #include "pipe/overlapped_operation.h"
 #include "pipe/pipe_security.h"
+#include "platform/no_destructor.h"
 
 namespace {
 
@@ -16,7 +17,8 @@ constexpr DWORD kBufferSize = 65536;
 
 enum Operation { kConnect, kRead, kWrite, kOperationCount };
 
-std::array<OverlappedOperation, kOperationCount> g_PipeOperations GUARDED_BY(g_CompletionLock);
+// Never destroyed: a completion that comes late may still look at its operation while the process's statics go.
+NoDestructor<std::array<OverlappedOperation, kOperationCount>> g_PipeOperations GUARDED_BY(g_CompletionLock);
 OwnedFile g_PipeHandle GUARDED_BY(g_CompletionLock);  // INVALID_HANDLE_VALUE: none
 std::string g_PipeName GUARDED_BY(g_CompletionLock);
 PipeCallbacks* g_Callbacks GUARDED_BY(g_CompletionLock) = nullptr;
@@ -30,7 +32,7 @@ OutgoingFrame g_FrameInFlight GUARDED_BY(g_CompletionLock);
 void HandleDisconnect() REQUIRES(g_CompletionLock);
 
 void StartRead() REQUIRES(g_CompletionLock) {
-    OverlappedOperation& read = g_PipeOperations[kRead];
+    OverlappedOperation& read = (*g_PipeOperations)[kRead];
     DWORD count = 0;
     const BOOL started = ReadFile(g_PipeHandle.Get(), g_ReadBuffer, kBufferSize, &count, &read.m_Overlapped);
     if (read.NoteStart(started) != OverlappedOperation::Start::Failed) return;
@@ -43,7 +45,7 @@ void WriteFrame(OutgoingFrame frame) REQUIRES(g_CompletionLock) {
         Log("Can't write; not connected.");
         return;
     }
-    OverlappedOperation& write = g_PipeOperations[kWrite];
+    OverlappedOperation& write = (*g_PipeOperations)[kWrite];
     DWORD count = 0;
     const BOOL started = WriteFile(g_PipeHandle.Get(), frame.m_Data.get(), frame.m_Size, &count, &write.m_Overlapped);
     switch (write.NoteStart(started)) {
@@ -61,7 +63,7 @@ void WriteFrame(OutgoingFrame frame) REQUIRES(g_CompletionLock) {
 
 void OnReadCompleted() REQUIRES(g_CompletionLock) {
     DWORD count = 0;
-    const auto result = g_PipeOperations[kRead].TakeResult(g_PipeHandle.Get(), count);
+    const auto result = (*g_PipeOperations)[kRead].TakeResult(g_PipeHandle.Get(), count);
     if (result == OverlappedOperation::Result::StillPending) return;
     if (result == OverlappedOperation::Result::Failed) {
         ReportLastError("Failed to read from pipe.");
@@ -77,7 +79,7 @@ void OnReadCompleted() REQUIRES(g_CompletionLock) {
 
 void OnWriteCompleted() REQUIRES(g_CompletionLock) {
     DWORD count = 0;
-    const auto result = g_PipeOperations[kWrite].TakeResult(g_PipeHandle.Get(), count);
+    const auto result = (*g_PipeOperations)[kWrite].TakeResult(g_PipeHandle.Get(), count);
     if (result == OverlappedOperation::Result::StillPending) return;
     if (result == OverlappedOperation::Result::Failed) {
         ReportLastError("Failed to write to pipe.");
@@ -93,9 +95,9 @@ void OnWriteCompleted() REQUIRES(g_CompletionLock) {
 
 void OnConnectCompleted() REQUIRES(g_CompletionLock) {
     Log("Pipe connected.");
-    g_PipeOperations[kConnect].Cleanup(true);
-    g_PipeOperations[kRead].Initialize(OnReadCompleted, false);
-    g_PipeOperations[kWrite].Initialize(OnWriteCompleted, false);
+    (*g_PipeOperations)[kConnect].Cleanup(true);
+    (*g_PipeOperations)[kRead].Initialize(OnReadCompleted, false);
+    (*g_PipeOperations)[kWrite].Initialize(OnWriteCompleted, false);
     g_Connected = true;
     if (g_Callbacks != nullptr) {
         g_Callbacks->OnConnected();
@@ -108,8 +110,8 @@ void OnConnectCompleted() REQUIRES(g_CompletionLock) {
 void HandleDisconnect() REQUIRES(g_CompletionLock) {
     Log("Disconnected.");
     g_Connected = false;
-    g_PipeOperations[kRead].Cleanup(true);
-    g_PipeOperations[kWrite].Cleanup(true);
+    (*g_PipeOperations)[kRead].Cleanup(true);
+    (*g_PipeOperations)[kWrite].Cleanup(true);
     if (g_PipeHandle && !DisconnectNamedPipe(g_PipeHandle.Get())) ReportLastError("Failed to disconnect pipe.");
     NamedPipeServer::Destroy();
     // If it fails, nothing tries again: the timed shutdown ends the process.
@@ -124,7 +126,7 @@ struct StartResult {
 
 StartResult Listen() REQUIRES(g_CompletionLock) {
     Log("Connecting pipe...");
-    OverlappedOperation& connect = g_PipeOperations[kConnect];
+    OverlappedOperation& connect = (*g_PipeOperations)[kConnect];
     connect.Initialize(OnConnectCompleted, true);
     switch (connect.NoteStart(ConnectNamedPipe(g_PipeHandle.Get(), &connect.m_Overlapped))) {
         case OverlappedOperation::Start::Done:
@@ -174,13 +176,16 @@ bool NamedPipeServer::Create(const std::string& name, PipeCallbacks* callbacks) 
 bool NamedPipeServer::Destroy() {
     const LockGuard lock(g_CompletionLock);
     Log("Destroying pipe...");
-    for (OverlappedOperation& operation : g_PipeOperations) operation.Cleanup(false);
+    for (OverlappedOperation& operation : *g_PipeOperations) operation.Cleanup(false);
     bool closed = true;
-    if (g_PipeHandle && !CloseHandle(g_PipeHandle.Release())) {
-        ReportLastError("Unable to close pipe handle.");
-        closed = false;
+    if (g_PipeHandle) {
+        closed = CloseHandle(g_PipeHandle.Release());
+        if (closed) {
+            g_FrameInFlight = {};
+        } else {
+            ReportLastError("Unable to close pipe handle.");
+        }
     }
-    if (closed) g_FrameInFlight = {};
     g_SendQueue.clear();
     return closed;
 }
@@ -195,7 +200,7 @@ bool NamedPipeServer::Send(OutgoingFrame& frame) {
         Log("Invalid message specified.");
         return false;
     }
-    if (g_PipeOperations[kWrite].m_IoPending) {
+    if ((*g_PipeOperations)[kWrite].m_IoPending) {
         g_SendQueue.push_back(std::move(frame));
     } else {
         WriteFrame(std::move(frame));
@@ -204,18 +209,9 @@ bool NamedPipeServer::Send(OutgoingFrame& frame) {
 }
 
 void NamedPipeServer::StopDeliveries() {
-    std::array<OwnedWait, kOperationCount> waits;
-    {
-        // All three in one go: a completion in between could arm another.
-        const LockGuard lock(g_CompletionLock);
-        for (std::size_t i = 0; i < kOperationCount; ++i) waits[i] = g_PipeOperations[i].Disarm();
-        g_Callbacks = nullptr;
-        g_Connected = false;
-    }
-    // Without the lock: the callback that this waits for may be waiting for it.
-    for (OwnedWait& wait : waits) {
-        if (wait && !UnregisterWaitEx(wait.Release(), INVALID_HANDLE_VALUE)) {
-            ReportLastError("Failed to unregister overlapped wait.");
-        }
-    }
+    // A completion runs under the lock as a whole: none is running now, and one that comes late finds nothing to do.
+    const LockGuard lock(g_CompletionLock);
+    g_Callbacks = nullptr;
+    g_Connected = false;
+    for (OverlappedOperation& operation : *g_PipeOperations) operation.Cleanup(true);
 }

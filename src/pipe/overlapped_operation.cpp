@@ -87,13 +87,6 @@ void OverlappedOperation::Cleanup(bool ignorePending) {
     Reset();
 }
 
-OwnedWait OverlappedOperation::Disarm() {
-    const LockGuard lock(g_CompletionLock);
-    m_Callback = [] {};
-    m_OneShot = false;
-    return std::move(m_WaitHandle);
-}
-
 void CALLBACK OverlappedOperation::OnEventSignaled(void* parameter, BOOLEAN) noexcept {
     auto* const operation = static_cast<OverlappedOperation*>(parameter);
     const LockGuard lock(g_CompletionLock);

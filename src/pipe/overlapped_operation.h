@@ -41,14 +41,11 @@ class OverlappedOperation {
     // last error says why.
     Result TakeResult(HANDLE file, DWORD& count) REQUIRES(g_CompletionLock);
 
-    // Disarms the object and returns it to idle; on an idle object it does nothing. Doesn't wait for a callback that is
-    // running. `ignorePending` says that the call may come from inside a callback on a wait thread, where the wait
-    // reports that it is still in use; from anywhere else that is logged as a failure.
+    // Disarms the object and returns it to idle; on an idle object it does nothing. `ignorePending` says that a
+    // callback of the object may be running, or be about to run: the wait then reports that it is still in use, which
+    // is otherwise logged as a failure. A callback that is still on its way to the lock does nothing; the object must
+    // be there for it.
     void Cleanup(bool ignorePending);
-
-    // Makes sure that no callback of this object starts any more, and gives its wait. Whoever takes the wait
-    // unregisters it, blocking, without holding the lock: after that no callback is running either.
-    OwnedWait Disarm();
 
     OVERLAPPED m_Overlapped = {};  // hEvent INVALID_HANDLE_VALUE: no event
     bool m_IoPending GUARDED_BY(g_CompletionLock) = false;

@@ -5,7 +5,9 @@
 
 #include <atomic>
 
+#include "platform/no_destructor.h"
 #include "support/limits.h"
+#include "tests/platform/counted_wait.h"
 #include "tests/support/log_capture.h"
 
 namespace {
@@ -86,20 +88,19 @@ TEST_F(OverlappedOperationTest, ACallbackMayCleanUpItsOwnObjectAndArmItAnew) {
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
 
-TEST_F(OverlappedOperationTest, ADisarmedOneNeverFires) {
-    ASSERT_TRUE(Arm(false));
-    OwnedWait wait;
+TEST_F(OverlappedOperationTest, ACleanedUpOneNeverFires) {
+    static NoDestructor<OverlappedOperation> late;
+    static std::atomic<int> calls = 0;
+    ASSERT_TRUE(late->Initialize([] { ++calls; }, false));
     {
-        // The completion has begun when it is disarmed, and waits for the lock.
+        // The completion has begun, or is about to, and waits for the lock.
         const LockGuard lock(g_CompletionLock);
-        Complete();
-        wait = operation.Disarm();
+        SetEvent(late->m_Overlapped.hEvent);
+        late->Cleanup(true);
     }
-    EXPECT_TRUE(UnregisterWaitEx(wait.Release(), INVALID_HANDLE_VALUE));
-    Complete();
-    EXPECT_FALSE(operation.Disarm());
-    operation.Cleanup(false);
-    EXPECT_EQ(fired, 0);
+    ASSERT_TRUE(WaitThreadHasComeRound());
+    EXPECT_EQ(calls, 0);
+    EXPECT_THAT(log.Lines(), IsEmpty());
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <atomic>
+#include <deque>
 
+#include "platform/no_destructor.h"
 #include "platform/owners.h"
 #include "support/limits.h"
 
@@ -9,15 +11,15 @@ inline OwnedHandle MakeEvent(bool manualReset) {
     return OwnedHandle(CreateEventW(nullptr, manualReset ? TRUE : FALSE, FALSE, nullptr));
 }
 
-// A registered wait that counts its callbacks. Gone, and no callback running, when the object is.
+// A registered wait that counts its callbacks.
 class CountedWait {
   public:
     explicit CountedWait(const OwnedHandle& event, ULONG flags = 0) {
         flags |= WT_EXECUTEINWAITTHREAD;
-        m_Registered = RegisterWaitForSingleObject(&m_Wait, event.Get(), OnFired, this, INFINITE, flags);
+        m_Registered = RegisterWaitForSingleObject(&m_Wait, event.Get(), OnFired, &m_Signals, INFINITE, flags);
     }
     ~CountedWait() {
-        if (m_Registered) UnregisterWaitEx(m_Wait, INVALID_HANDLE_VALUE);
+        if (m_Registered) UnregisterWaitEx(m_Wait, nullptr);
     }
     CountedWait(const CountedWait&) = delete;
     CountedWait& operator=(const CountedWait&) = delete;
@@ -28,9 +30,15 @@ class CountedWait {
     }
 
   private:
-    static void CALLBACK OnFired(void* parameter, BOOLEAN) { ++static_cast<CountedWait*>(parameter)->m_Signals; }
+    static void CALLBACK OnFired(void* parameter, BOOLEAN) { ++*static_cast<std::atomic<int>*>(parameter); }
 
-    std::atomic<int> m_Signals = 0;
+    // Never destroyed: a callback may come late.
+    static std::atomic<int>& NewCounter() {
+        static NoDestructor<std::deque<std::atomic<int>>> counters;
+        return counters->emplace_back(0);
+    }
+
+    std::atomic<int>& m_Signals = NewCounter();
     HANDLE m_Wait = nullptr;
     BOOL m_Registered = FALSE;
 };

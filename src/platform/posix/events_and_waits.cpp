@@ -1,6 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
-
 #include "platform/posix/allocation_faults.h"
 #include "platform/posix/events.h"
 #include "platform/posix/fault_check.h"
@@ -50,18 +47,10 @@ BOOL RegisterWaitForSingleObject(HANDLE* newWait, HANDLE object, WAITORTIMERCALL
 
 BOOL UnregisterWaitEx(HANDLE wait, HANDLE completionEvent) {
     if (Faulted(__func__)) return FALSE;
-    const bool blocks = completionEvent == INVALID_HANDLE_VALUE;
-    if (!blocks && completionEvent != nullptr) return WithLastError(ERROR_INVALID_PARAMETER, FALSE);
+    if (completionEvent != nullptr) return WithLastError(ERROR_INVALID_PARAMETER, FALSE);
     const auto object = Find<RegisteredWait>(wait);
     if (object == nullptr || RemoveHandle(wait) == nullptr) return WithLastError(ERROR_INVALID_HANDLE, FALSE);
-    std::unique_lock lock(LayerLock());
+    const std::lock_guard lock(LayerLock());
     RemoveWait(*object);
-    if (!object->running) return TRUE;
-    if (!blocks) return WithLastError(ERROR_IO_PENDING, FALSE);
-    if (IsInCallback()) {
-        std::fputs("UnregisterWaitEx: a callback waits for its own end\n", stderr);
-        std::abort();
-    }
-    AwaitEnd(*object, lock);
-    return TRUE;
+    return object->running ? WithLastError(ERROR_IO_PENDING, FALSE) : TRUE;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <condition_variable>
 #include <map>
 #include <thread>
 
@@ -21,15 +20,12 @@ struct Waits {
     std::map<std::uint64_t, std::shared_ptr<RegisteredWait>> byNumber;  // in the order of their registration
     std::uint64_t lastAdded = 0;
     std::uint64_t lastFired = 0;
-    std::condition_variable ended;
 };
 
 Waits& AllWaits() {
     static NoDestructor<Waits> waits;
     return *waits;
 }
-
-thread_local bool t_IsInCallback = false;
 
 bool HasThreadForEachCall() {
     static const bool has = GetVariable("TOLLMERE_TEST_WAIT_THREADS") == "each";
@@ -58,12 +54,9 @@ auto NextDue() {
 }
 
 void Call(const std::shared_ptr<RegisteredWait>& wait, bool signalled) {
-    t_IsInCallback = true;
     wait->callback(wait->context, signalled ? 0 : 1);
-    t_IsInCallback = false;
     const std::lock_guard lock(LayerLock());
     wait->running = false;
-    AllWaits().ended.notify_all();
     WakeWaitThread();
 }
 
@@ -78,14 +71,6 @@ void AddWait(std::shared_ptr<RegisteredWait> wait) {
 
 void RemoveWait(const RegisteredWait& wait) {
     std::erase_if(AllWaits().byNumber, [&wait](const auto& entry) { return entry.second.get() == &wait; });
-}
-
-bool IsInCallback() {
-    return t_IsInCallback;
-}
-
-void AwaitEnd(const RegisteredWait& wait, std::unique_lock<std::mutex>& lock) {
-    AllWaits().ended.wait(lock, [&wait] { return !wait.running; });
 }
 
 int MillisecondsToNextWait() {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The waits that are registered, and their callbacks. Everything but IsInCallback is called under LayerLock.
+// The waits that are registered, and their callbacks. Everything is called under LayerLock.
 //
 // All callbacks run on the wait thread, one after another. With TOLLMERE_TEST_WAIT_THREADS=each in the environment each
 // call has a thread of its own instead, and only those of one wait come one after another: a program that needs more
@@ -32,12 +32,6 @@ void AddWait(std::shared_ptr<RegisteredWait> wait);
 
 // The wait never fires again; a callback that is running goes on. A wait that has fired for good need not be there.
 void RemoveWait(const RegisteredWait& wait);
-
-// The calling thread is inside the callback of a wait.
-bool IsInCallback();
-
-// Waits until the callback isn't running. Never inside a callback: in the usual mode it would wait for its own end.
-void AwaitEnd(const RegisteredWait& wait, std::unique_lock<std::mutex>& lock);
 
 // For the wait thread alone.
 int MillisecondsToNextWait();                         // 0 if one is due, -1 if there is nothing to wait for
