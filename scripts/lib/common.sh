@@ -36,10 +36,11 @@ build() {
     (cd "$repository" && cmake --build --preset "$preset" -j "$processors" "${targets[@]}" -- --quiet)
 }
 
-# Holds for the (sub)shell that calls it and all that it starts.
+# pin_to_one_processor first|last: holds for the (sub)shell that calls it and all that it starts.
 pin_to_one_processor() {
     local allowed
     allowed=$(taskset -cp "$BASHPID")
     allowed=${allowed##*: }
-    taskset -cp "${allowed%%[-,]*}" "$BASHPID" >/dev/null
+    if [[ $1 == first ]]; then allowed=${allowed%%[-,]*}; else allowed=${allowed##*[-,]}; fi
+    taskset -cp "$allowed" "$BASHPID" >/dev/null
 }

@@ -58,7 +58,7 @@ class ClientFixture : public e2e::HelperFixture {
 };
 
 // A test of every client.
-class Clients : public ClientFixture, public testing::WithParamInterface<const char*> {
+class Clients : public ClientFixture, public testing::WithParamInterface<std::string> {
   protected:
     std::string Driver() const override { return GetParam(); }
 };
@@ -69,6 +69,6 @@ class NodeClient : public ClientFixture {
     std::string Driver() const override { return "Node"; }
 };
 
-inline const auto kDrivers = testing::Values("Cpp", "Node");
+inline const auto kDrivers = testing::Values(std::string("Cpp"), std::string("Node"));
 
 }  // namespace clients

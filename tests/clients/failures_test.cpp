@@ -47,9 +47,11 @@ struct Failing {
     Steps m_Steps;
     std::function<void(Failures&)> m_Prepare = [](Failures&) {};
     bool m_NativeOnly = false;
+
+    friend void PrintTo(const Failing& failing, std::ostream* to) { *to << failing.m_Code; }
 };
 
-class Failures : public ClientFixture, public testing::WithParamInterface<std::tuple<const char*, Failing>> {
+class Failures : public ClientFixture, public testing::WithParamInterface<std::tuple<std::string, Failing>> {
   protected:
     std::string Driver() const override { return std::get<0>(GetParam()); }
 
@@ -82,7 +84,8 @@ class Failures : public ClientFixture, public testing::WithParamInterface<std::t
     void Hide(const std::string& command) {
         options["environment"]["TOLLMERE_PIPE_DIR"] = HomeText();
         const std::string helper = options["helper"];
-        const std::string whenUp = "until grep -q RunCallbacks \"$STEAM_STAND_IN_RECORD\"; do :; done\n" + command;
+        const std::string whenUp =
+            "until grep -q RunCallbacks \"$STEAM_STAND_IN_RECORD\"; do kill -0 $$ || exit; done\n" + command;
         options["helper"] = File("hidden", "#!/bin/sh\n(" + whenUp + ") &\nexec '" + helper + "'\n");
     }
     // The helper runs out of memory at its first allocation that ends it with this code.
@@ -231,8 +234,7 @@ TEST_P(Failures, EndTheCallWithWhatTheyAre) {
 
 INSTANTIATE_TEST_SUITE_P(All, Failures, testing::Combine(kDrivers, testing::ValuesIn(Producible())),
                          [](const auto& row) {
-                             std::string name =
-                                 std::string(std::get<0>(row.param)) + "_" + std::get<1>(row.param).m_Code;
+                             std::string name = std::get<0>(row.param) + "_" + std::get<1>(row.param).m_Code;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
