@@ -22,9 +22,10 @@ def main():
     parser.add_argument("--only", help="the one part to measure")
     arguments = parser.parse_args()
 
-    all_parts = {"answers": functools.partial(parts.answers, node=arguments.node.resolve()), "launch": parts.launch,
+    node = arguments.node.resolve()
+    all_parts = {"answers": functools.partial(parts.answers, node=node), "launch": parts.launch,
                  "listening": parts.listening, "start and close": parts.start_and_close, "store": parts.store,
-                 "idle": parts.idle, "size": parts.size}
+                 "idle": functools.partial(parts.idle, node=node), "size": parts.size}
     rows, failed = [], False
     for name, part in all_parts.items():
         if arguments.only not in (None, name):

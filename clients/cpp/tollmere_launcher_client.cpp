@@ -985,9 +985,9 @@ HelperError SteamHelper::WhyEnded() const {
 }
 
 // One request and its answer. Unless the outcome is Done, the connection is closed. `danger` is the detail of errors.
-Outcome SteamHelper::Exchange(const std::string& body, const Limits& limits, const std::string& danger,
-                              Answer& answer) {
-    const Clock::time_point end = std::min(After(m_Options.m_AnswerTimeout), limits.m_End);
+Outcome SteamHelper::Exchange(const std::string& body, Milliseconds limit, const Limits& limits,
+                              const std::string& danger, Answer& answer) {
+    const Clock::time_point end = std::min(After(limit), limits.m_End);
     FrameReader reader;
     Outcome outcome = m_Pipe.Write(MakeFrame(body), Milliseconds{Left(end)}, limits.m_Stop);
     while (outcome == Outcome::Done) {
@@ -1012,7 +1012,7 @@ InfoResponse SteamHelper::Ask(Limits& limits) {
     for (;;) {
         Connect(limits);
         Answer answer;
-        const Outcome outcome = Exchange(InfoRequest(++m_LastRequest), limits, {}, answer);
+        const Outcome outcome = Exchange(InfoRequest(++m_LastRequest), m_Options.m_AnswerTimeout, limits, {}, answer);
         if (outcome == Outcome::Done) {
             if (const auto* const info = std::get_if<InfoResponse>(&answer)) return *info;
             m_Pipe.Close();
@@ -1059,7 +1059,7 @@ Game SteamHelper::Launch(const GameStart& start, const Call& call) {
 
     Ask(limits);
     Answer answer;
-    const Outcome outcome = Exchange(request(++m_LastRequest), limits, kMayRun, answer);
+    const Outcome outcome = Exchange(request(++m_LastRequest), m_Options.m_LaunchTimeout, limits, kMayRun, answer);
     if (outcome != Outcome::Done) {
         throw HelperError(outcome == Outcome::Lost ? "connection-lost" : "no-answer", kMayRun);
     }

@@ -187,10 +187,11 @@ struct StartOptions {
     std::uint32_t m_AppId = 0;     // 1 to 2147483647
     std::string m_Directory = {};  // the game's, for a second attempt at Steam; at most 259 bytes; empty: none
     OtherHelper m_OtherHelper = OtherHelper::Wait;
-    Milliseconds m_AnswerTimeout = std::chrono::seconds{5};  // a helper that takes longer is stuck
-    Milliseconds m_StartTimeout = std::chrono::seconds{60};  // from a start to an open pipe
-    Milliseconds m_WaitTimeout = std::chrono::seconds{60};   // for the end of somebody else's helper
-    std::map<std::string, std::string> m_Environment = {};   // further variables for the helper and its games
+    Milliseconds m_AnswerTimeout = std::chrono::seconds{5};   // a helper that takes longer is stuck
+    Milliseconds m_LaunchTimeout = std::chrono::seconds{30};  // for a launch: the system may scan the game first
+    Milliseconds m_StartTimeout = std::chrono::seconds{60};   // from a start to an open pipe
+    Milliseconds m_WaitTimeout = std::chrono::seconds{60};    // for the end of somebody else's helper
+    std::map<std::string, std::string> m_Environment = {};    // further variables for the helper and its games
 };
 
 struct SteamIdentity {
@@ -256,7 +257,8 @@ class SteamHelper {
     void TakeEnd(Limits& limits);
     HelperError WhyEnded() const;
     InfoResponse Ask(Limits& limits);
-    Outcome Exchange(const std::string& body, const Limits& limits, const std::string& danger, Answer& answer);
+    Outcome Exchange(const std::string& body, Milliseconds limit, const Limits& limits, const std::string& danger,
+                     Answer& answer);
     void RequireNotStopped() const;
 
     StartOptions m_Options;

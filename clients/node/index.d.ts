@@ -18,6 +18,8 @@ export interface StartOptions extends CallOptions {
   otherHelper?: 'wait' | 'use' | 'fail';
   /** Who gives no answer for so long is stuck, and started again. Default: 5000. */
   answerTimeout?: number;
+  /** For the answer to a launch: the system may look through the game's program first. Default: 30000. */
+  launchTimeout?: number;
   /** From a start to an open pipe. Default: 60000. */
   startTimeout?: number;
   /** How long 'wait' waits. Default: 60000. */

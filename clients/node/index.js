@@ -339,14 +339,16 @@ function checkOptions(options) {
   check(isObject(options), 'options: an object');
   const given = Object.entries(options).filter(([, value]) => value !== undefined);
   const all = {
-    directory: '', otherHelper: 'wait', answerTimeout: 5000, startTimeout: 60000, waitTimeout: 60000, environment: {},
-    probe: '', ...Object.fromEntries(given),
+    directory: '', otherHelper: 'wait', environment: {}, probe: '',
+    answerTimeout: 5000, launchTimeout: 30000, startTimeout: 60000, waitTimeout: 60000, ...Object.fromEntries(given),
   };
   check(isText(all.helper) && all.helper !== '', 'helper: the path of the program');
   check(Number.isInteger(all.appId) && all.appId >= 1 && all.appId <= 0x7fffffff, 'appId: 1 to 2147483647');
   check(isText(all.directory) && Buffer.byteLength(all.directory) <= 259, 'directory: at most 259 bytes of UTF-8');
   check(['wait', 'use', 'fail'].includes(all.otherHelper), "otherHelper: 'wait', 'use' or 'fail'");
-  for (const name of ['answerTimeout', 'startTimeout', 'waitTimeout']) check(isTime(all[name]), `${name}: milliseconds`);
+  for (const name of ['answerTimeout', 'launchTimeout', 'startTimeout', 'waitTimeout']) {
+    check(isTime(all[name]), `${name}: milliseconds`);
+  }
   check(isObject(all.environment), 'environment: an object');
   check(Object.entries(all.environment).flat().every(isText), 'environment: texts without NUL');
   check(isText(all.probe), 'probe: the path of a program');
@@ -439,7 +441,7 @@ class SteamHelper {
       // Over a connection that has just answered. Should it break now, nobody knows whether the request was read, and a
       // second one might start a second game.
       await this.#identify(call);
-      const answer = await this.#connection.ask(call, this.#options.answerTimeout, id, request);
+      const answer = await this.#connection.ask(call, this.#options.launchTimeout, id, request);
       if (answer.kind === 'launch') return new Game(answer.processId);
       const code = { lost: 'connection-lost', silent: 'no-answer' }[answer];
       if (code) throw new SteamHelperError(code, 'the game may have been started');
@@ -482,13 +484,10 @@ class SteamHelper {
   // Orderly, where there is a way to.
   async #askToEnd(call) {
     const args = ['stop', '--pid', String(this.#helper.processId)];
-    if (this.#options.probe) {
-      spawn(this.#options.probe, args, { windowsHide: true, stdio: 'ignore' }).on('error', () => {}).unref();
-    } else if (isWindows) {
-      return;
-    } else {
-      this.#helper.child.kill('SIGTERM');
-    }
+    const { probe } = this.#options;
+    if (isWindows && !probe) return;
+    if (probe) spawn(probe, args, { windowsHide: true, stdio: 'ignore' }).on('error', () => {}).unref();
+    else this.#helper.child.kill('SIGTERM');
     await this.#helper.end(call, END_LIMIT);
   }
 
