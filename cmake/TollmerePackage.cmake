@@ -22,7 +22,7 @@ install(TARGETS tollmere_steam_helper probe sample_game steam_stand_in
   RUNTIME DESTINATION bin COMPONENT devkit
   LIBRARY DESTINATION bin COMPONENT devkit)
 install(FILES packaging/devkit/README.md packaging/devkit/try.cmd CHANGELOG.md ${TOLLMERE_NOTICES} DESTINATION . COMPONENT devkit)
-install(DIRECTORY clients DESTINATION . COMPONENT devkit)
+install(DIRECTORY clients DESTINATION . COMPONENT devkit PATTERN clients/CMakeLists.txt EXCLUDE)
 install(FILES docs/integration.md docs/protocol.md docs/operations.md docs/security.md
   DESTINATION docs COMPONENT devkit)
 

@@ -778,16 +778,23 @@ bool Matches(std::string_view text, std::string_view pattern) {
            text.ends_with(pattern.substr(star + 1));
 }
 
-// Whether one text after the other is what the kind's log shows.
-bool Tells(const FailureKind& kind, const std::vector<std::string>& texts) {
-    auto text = texts.begin();
+// The texts that show what the kind's log shows, one after the other, each with "; " in front; empty if they aren't
+// there.
+std::string Told(const FailureKind& kind, const std::vector<std::string>& texts) {
+    auto first = texts.end(), text = texts.begin();
     for (const char* const pattern : kind.m_Log) {
         if (pattern == nullptr) continue;
         text = std::find_if(text, texts.end(), [&](const std::string& one) { return Matches(one, pattern); });
-        if (text == texts.end()) return false;
+        if (text == texts.end()) return {};
+        if (first == texts.end()) first = text;
         ++text;
     }
-    return kind.m_Log[0] != nullptr;
+    if (first == texts.end()) return {};
+    // The line behind may have the system's number.
+    if (text != texts.end()) ++text;
+    std::string told;
+    for (; first != text; ++first) told += "; " + *first;
+    return told;
 }
 
 // The file from `offset` on. Other helpers open it for themselves alone, for the moment of a write.
@@ -979,7 +986,7 @@ HelperError SteamHelper::WhyEnded() const {
                                     : ReadFrom(log, m_LogSize);
     const std::vector<std::string> texts = TextsOf(m_Own->m_Id, bytes);
     for (const FailureKind& kind : kFailures) {
-        if (Tells(kind, texts)) return HelperError(kind.m_Code, detail);
+        if (const std::string told = Told(kind, texts); !told.empty()) return HelperError(kind.m_Code, detail + told);
     }
     return HelperError("ended-without-reason", detail);
 }

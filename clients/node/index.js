@@ -346,9 +346,8 @@ function checkOptions(options) {
   check(Number.isInteger(all.appId) && all.appId >= 1 && all.appId <= 0x7fffffff, 'appId: 1 to 2147483647');
   check(isText(all.directory) && Buffer.byteLength(all.directory) <= 259, 'directory: at most 259 bytes of UTF-8');
   check(['wait', 'use', 'fail'].includes(all.otherHelper), "otherHelper: 'wait', 'use' or 'fail'");
-  for (const name of ['answerTimeout', 'launchTimeout', 'startTimeout', 'waitTimeout']) {
-    check(isTime(all[name]), `${name}: milliseconds`);
-  }
+  const times = ['answerTimeout', 'launchTimeout', 'startTimeout', 'waitTimeout'];
+  for (const name of times) check(isTime(all[name]), `${name}: milliseconds`);
   check(isObject(all.environment), 'environment: an object');
   check(Object.entries(all.environment).flat().every(isText), 'environment: texts without NUL');
   check(isText(all.probe), 'probe: the path of a program');
@@ -443,9 +442,10 @@ class SteamHelper {
       await this.#identify(call);
       const answer = await this.#connection.ask(call, this.#options.launchTimeout, id, request);
       if (answer.kind === 'launch') return new Game(answer.processId);
-      const code = { lost: 'connection-lost', silent: 'no-answer' }[answer];
-      if (code) throw new SteamHelperError(code, 'the game may have been started');
-      throw new SteamHelperError(answer.kind === 'failure' ? whyRefused(...places) : 'bad-answer', places[0]);
+      const silence = { lost: 'connection-lost', silent: 'no-answer' }[answer];
+      if (silence) throw new SteamHelperError(silence, 'the game may have been started');
+      const code = answer.kind === 'failure' ? whyRefused(...places) : 'bad-answer';
+      throw new SteamHelperError(code, places[code === 'game-directory-missing' ? 1 : 0]);
     });
   }
 

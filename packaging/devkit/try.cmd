@@ -4,10 +4,11 @@ rem well, 1 if not.
 setlocal
 cd /d "%~dp0bin"
 set SteamAppId=480
-set SteamLocation=%CD%
-set SAMPLE_GAME_RECORD=%CD%\game.json
-set LOG_FOLDER=%ProgramData%\Tollmere Games\Launcher
+set "SteamLocation=%CD%"
+set "SAMPLE_GAME_RECORD=%CD%\game.json"
+set "LOG_FOLDER=%ProgramData%\Tollmere Games\Launcher"
 set FAILED=
+set FREE=
 
 echo --- The log's folder, which an installer makes
 if not exist "%LOG_FOLDER%\" mkdir "%LOG_FOLDER%"
@@ -16,6 +17,11 @@ echo %LOG_FOLDER%
 echo --- Doctor: is everything there?
 probe doctor --helper tollmere_steam_helper.exe
 rem What it says about the last run is no failure of this one.
+for /f "tokens=1-3" %%a in ('probe doctor --helper tollmere_steam_helper.exe') do if "%%a %%b %%c"=="pipe ok free:" set FREE=yes
+if not defined FREE (
+    echo try: a helper runs already. Leave its launcher and wait 20 s, or run bin\probe stop.
+    exit /b 1
+)
 
 echo --- Start
 start "" tollmere_steam_helper.exe

@@ -6,10 +6,12 @@ const char kUsage[] = R"(probe: a launcher's end of the Tollmere Steam Helper's 
   probe doctor [OPTION...] | log [--run N | --follow] | events | stop [--pid N]
 
 COMMANDS OVER THE PIPE
-  info                            asks who the Steam user is
+  info                            asks who the Steam user is. Prints the ticket, too: don't send
+                                  that to anybody
   launch EXE [--dir DIR] [--args TEXT]
                                   has a game started: its path, its current directory
-                                  (default: its folder), its arguments as one text (default: none)
+                                  (default: its folder), its arguments as one text (default: none),
+                                  which begins with the program's name as a rule
   raw HEX [--answers N]           writes these bytes as they are, in one write, and waits for N
                                   answers (default 1; 0: doesn't wait)
 Commands with the word `then` between them go over one connection, one after another. The first
@@ -23,8 +25,8 @@ COMMANDS FOR SUPPORT
                                   helper beside the probe, N is SteamAppId, and DIR SteamLocation
                                   of the environment
   log [--run N | --follow]        lists the runs in the helper's log, the latest last, each with its
-                                  verdict: a heading of docs/operations.md. With N: shows the lines
-                                  of one; 1 is the latest. --follow: shows the lines that reach
+                                  verdict: a heading of docs/operations.md, or that nothing is known
+                                  yet. With N: shows the lines of one; 1 is the latest. --follow: shows the lines that reach
                                   the log from now on, until --timeout, if it is given
   events                          shows what the event store says, in words
   stop [--pid N]                  has the helper end as if its window were closed, and waits until
@@ -80,6 +82,6 @@ EXAMPLE
     13 00 00 00  53 54 45 41 3A  69 6E 66 6F 5F 72 65 71 75 65 73 74 3A 31
     length = 19  S  T  E  A  :   i  n  f  o  _  r  e  q  u  e  s  t  :  1
   which is what `probe raw 13000000535445413A696E666F5F726571756573743A31` writes.
-  A launch of C:\Games\My Game\game.exe in C:\Games with the arguments -name "Ada L":
-    launch_request:2:"C:\\Games\\My Game\\game.exe":"C:\\Games":"-name \"Ada L\""
+  A launch of C:\Games\My Game\game.exe in C:\Games with the arguments game.exe -name "Ada L":
+    launch_request:2:"C:\\Games\\My Game\\game.exe":"C:\\Games":"game.exe -name \"Ada L\""
 )";
