@@ -413,6 +413,12 @@ fs::path ProgramData() {
     return folder;
 }
 
+// Whether the process runs, but its handle is refused.
+bool IsWithheld(std::uint32_t id) {
+    const Owner process(OpenProcess(SYNCHRONIZE, FALSE, id));
+    return process.IsNone() && GetLastError() == ERROR_ACCESS_DENIED;
+}
+
 bool IsProgram(const fs::path& file) {
     char head[2] = {};
     return std::ifstream(file, std::ios::binary).read(head, 2) && head[0] == 'M' && head[1] == 'Z';
@@ -604,6 +610,10 @@ fs::path ProgramData() {
     return folder.empty() ? fs::path(Variable({"HOME"})) / ".local/state" : fs::path(folder);
 }
 
+bool IsWithheld(std::uint32_t) {
+    return false;
+}
+
 bool IsProgram(const fs::path& file) {
     std::error_code error;
     return fs::is_regular_file(file, error) && access(file.c_str(), X_OK) == 0;
@@ -747,7 +757,15 @@ void Process::Kill() const {
 #endif
 
 Outcome Process::AwaitEnd(Clock::time_point end, const std::stop_token& stop) const {
-    return m_Handle.IsNone() ? Outcome::Done : Await(m_Handle.Get(), end, stop);
+    if (!m_Handle.IsNone()) return Await(m_Handle.Get(), end, stop);
+    // A game with more rights gives us no handle: whether it is there can be seen each second.
+    while (IsWithheld(m_Id)) {
+        if (Clock::now() >= end) return Outcome::TimedOut;
+        if (Await(kNoHandle, std::min(end, After(std::chrono::seconds{1})), stop) == Outcome::Canceled) {
+            return Outcome::Canceled;
+        }
+    }
+    return Outcome::Done;
 }
 
 // ---- The client.
@@ -860,6 +878,7 @@ struct SteamHelper::Limits {
         : m_End(After(call.m_Timeout)),
           m_Stop(call.m_Stop),
           m_WaitEnd(After(options.m_WaitTimeout)),
+          m_OwedEnd(After(options.m_AnswerTimeout)),
           m_ConnectEnd(After(options.m_StartTimeout)) {}
 
     void Check(const std::string& detail = {}) const {
@@ -875,6 +894,7 @@ struct SteamHelper::Limits {
     const Clock::time_point m_End;
     const std::stop_token m_Stop;
     const Clock::time_point m_WaitEnd;
+    const Clock::time_point m_OwedEnd;
     Clock::time_point m_ConnectEnd;
     int m_Restarts = 0;
     bool m_IsNew = false;  // our helper was started in this call, and we haven't been connected to it yet
@@ -943,6 +963,7 @@ void SteamHelper::Connect(Limits& limits) {
             pause = 20 * kPause;
         }
         if (mayOpen && m_Pipe.FoundDenied()) throw HelperError("pipe-denied");
+        if (m_Own && m_IsOwed && Clock::now() > limits.m_OwedEnd) m_Own->Kill();
         if (mayOpen && Clock::now() > limits.m_ConnectEnd) throw HelperError("not-connected");
         limits.Pause(m_Own.get(), pause);
     }
@@ -954,6 +975,7 @@ void SteamHelper::StartOwn(Limits& limits) {
     if (!fs::exists(program, error)) throw HelperError("helper-missing", Text(program));
     m_LogSize = SizeOf(Path(m_Log + ".log"));
     m_Own = Process::Start(program, m_Changes);
+    m_IsOwed = false;
     limits.m_Restarts += m_WasConnected ? 1 : 0;
     m_Restarts += m_WasConnected ? 1 : 0;
     limits.m_IsNew = true;
@@ -994,7 +1016,8 @@ HelperError SteamHelper::WhyEnded() const {
 // One request and its answer. Unless the outcome is Done, the connection is closed. `danger` is the detail of errors.
 Outcome SteamHelper::Exchange(const std::string& body, Milliseconds limit, const Limits& limits,
                               const std::string& danger, Answer& answer) {
-    const Clock::time_point end = std::min(After(limit), limits.m_End);
+    const Clock::time_point owed = After(limit), end = std::min(owed, limits.m_End);
+    m_IsOwed = true;
     FrameReader reader;
     Outcome outcome = m_Pipe.Write(MakeFrame(body), Milliseconds{Left(end)}, limits.m_Stop);
     while (outcome == Outcome::Done) {
@@ -1003,6 +1026,7 @@ Outcome SteamHelper::Exchange(const std::string& body, Milliseconds limit, const
                 frame && frame->m_Id == kSteamId ? ParseAnswer(frame->m_Body) : std::nullopt;
             if (!parsed || RequestIdOf(*parsed) != m_LastRequest) break;
             answer = *parsed;
+            m_IsOwed = false;
             return Outcome::Done;
         }
         std::string bytes;
@@ -1012,6 +1036,8 @@ Outcome SteamHelper::Exchange(const std::string& body, Milliseconds limit, const
     m_Pipe.Close();
     if (outcome == Outcome::Done) throw HelperError("bad-answer", danger);
     limits.Check(danger);
+    // A wait may end a moment early; the helper isn't stuck yet.
+    if (outcome == Outcome::TimedOut && limits.m_End <= owed) throw HelperError("timed-out", danger);
     return outcome;
 }
 
@@ -1072,6 +1098,10 @@ Game SteamHelper::Launch(const GameStart& start, const Call& call) {
     }
     if (const auto* const launched = std::get_if<LaunchResponse>(&answer)) {
         return Game(Process::Open(launched->m_ProcessId));
+    }
+    if (!std::holds_alternative<Failure>(answer)) {
+        m_Pipe.Close();
+        throw HelperError("bad-answer", kMayRun);
     }
     std::error_code error;
     if (!fs::exists(exe, error)) throw HelperError("game-missing", Text(exe));

@@ -240,8 +240,8 @@ class SteamHelper {
     // Closes the connection. The helper ends 20 s later, unless a call comes back to it.
     void Leave();
 
-    // Ends the helper now, unless somebody else has started it: as if its window were closed, and hard after 5 s or
-    // when the call's time is over. Every later call fails.
+    // Ends the helper now, unless somebody else has started it: as if its window were closed, and hard after 5 s, or
+    // when the call's time is over or it is canceled. Every later call fails.
     void Stop(const Call& call = {});
 
     // How often the helper was started again.
@@ -271,6 +271,7 @@ class SteamHelper {
     std::uint64_t m_LastRequest = 0;
     int m_Restarts = 0;
     bool m_WasConnected = false;
+    bool m_IsOwed = false;  // an answer: a helper that can't be reached then is stuck
     bool m_Stopped = false;
 };
 

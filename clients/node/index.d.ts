@@ -55,7 +55,7 @@ export interface Game {
 /** Calls may be made at once: they are done one after another. Each rejects with a SteamHelperError. */
 export interface SteamHelper {
   identity(options?: CallOptions): Promise<Identity>;
-  /** Never repeated once the request was sent: with `connection-lost` or `no-answer` the game may run. */
+  /** Never repeated once the request was sent: the detail of what fails then says that the game may run. */
   launch(options: LaunchOptions): Promise<Game>;
   /** Closes the connection. The helper ends 20 seconds later, unless the next call comes before. */
   leave(options?: CallOptions): Promise<void>;

@@ -141,16 +141,24 @@ function logFiles() {
   return [name + '.old.txt', name + '.log'];
 }
 
-// As the log has it.
-function localTime() {
-  const now = new Date();
-  return new Date(now - now.getTimezoneOffset() * 60000).toISOString().slice(0, 19).replace('T', ' ');
+const sizeOf = (file) => (fs.existsSync(file) ? fs.statSync(file).size : 0);
+
+async function readLog(call, file) {
+  // Another helper may just have it to itself.
+  for (let tries = 0; tries < 10 && fs.existsSync(file); ++tries) {
+    try {
+      return fs.readFileSync(file);
+    } catch {
+      await call.wait(PAUSE);
+    }
+  }
+  return Buffer.alloc(0);
 }
 
-// The texts that the last run of this process has left in the log. Process ids come back: what is older isn't its own.
-function textsOfRun(log, processId, since) {
-  const lines = log.split(/\r?\n/).map((line) => /^\[(.{23})\] \[ *(\d+)\] \[ *[\dA-F]+\] (.*)$/.exec(line) || []);
-  const texts = lines.filter(([, time, id]) => Number(id) === processId && time >= since).map(([, , , text]) => text);
+// The texts that the last run of this process has left in the log.
+function textsOfRun(log, processId) {
+  const lines = log.split(/\r?\n/).map((line) => /^\[.{23}\] \[ *(\d+)\] \[ *[\dA-F]+\] (.*)$/.exec(line) || []);
+  const texts = lines.filter(([, id]) => Number(id) === processId).map(([, , text]) => text);
   return texts.slice(texts.lastIndexOf('\\'.repeat(33)) + 1);
 }
 
@@ -211,7 +219,8 @@ class Helper {
     const key = (name) => (isWindows ? name.toUpperCase() : name);
     const names = new Set([...Object.keys(given), 'SteamLocation'].map(key));
     const kept = Object.entries(process.env).filter(([name]) => !names.has(key(name)));
-    this.since = localTime();
+    // Process ids come back: what the log has before isn't its own.
+    this.logSize = sizeOf(logFiles()[1]);
     this.wasConnected = false;
     this.child = spawn(helper, [], {
       cwd: path.dirname(helper), env: { ...Object.fromEntries(kept), ...given },
@@ -248,19 +257,11 @@ class Helper {
 
   // Only after its end: it writes late.
   async reason(call) {
-    let log = '';
-    for (const file of logFiles()) {
-      // Another helper may just have it to itself.
-      for (let tries = 0; tries < 10 && fs.existsSync(file); ++tries) {
-        try {
-          log += fs.readFileSync(file, 'utf8');
-          break;
-        } catch {
-          await call.wait(PAUSE);
-        }
-      }
-    }
-    const { code, told } = reasonOf(textsOfRun(log, this.processId, this.since));
+    const [old, current] = [await readLog(call, logFiles()[0]), await readLog(call, logFiles()[1])];
+    // A log that is shorter than before is a new one.
+    const isNew = current.length < this.logSize;
+    const log = isNew ? Buffer.concat([old.subarray(this.logSize), current]) : current.subarray(this.logSize);
+    const { code, told } = reasonOf(textsOfRun(log.toString(), this.processId));
     const { exitCode, signalCode } = this.child;
     return new SteamHelperError(code, [signalCode || `exit code ${exitCode}`, ...told].join('; '));
   }
@@ -344,14 +345,15 @@ function checkOptions(options) {
   };
   check(isText(all.helper) && all.helper !== '', 'helper: the path of the program');
   check(Number.isInteger(all.appId) && all.appId >= 1 && all.appId <= 0x7fffffff, 'appId: 1 to 2147483647');
-  check(isText(all.directory) && Buffer.byteLength(all.directory) <= 259, 'directory: at most 259 bytes of UTF-8');
+  const directory = isText(all.directory) && all.directory && path.resolve(all.directory);
+  check(directory !== false && Buffer.byteLength(directory) <= 259, 'directory: at most 259 bytes of UTF-8');
   check(['wait', 'use', 'fail'].includes(all.otherHelper), "otherHelper: 'wait', 'use' or 'fail'");
   const times = ['answerTimeout', 'launchTimeout', 'startTimeout', 'waitTimeout'];
   for (const name of times) check(isTime(all[name]), `${name}: milliseconds`);
   check(isObject(all.environment), 'environment: an object');
   check(Object.entries(all.environment).flat().every(isText), 'environment: texts without NUL');
   check(isText(all.probe), 'probe: the path of a program');
-  return { ...all, helper: path.resolve(all.helper), probe: all.probe && path.resolve(all.probe) };
+  return { ...all, directory, helper: path.resolve(all.helper), probe: all.probe && path.resolve(all.probe) };
 }
 
 function hasProgramsHead(file) {
@@ -396,6 +398,7 @@ class SteamHelper {
   #helper = null; // our own
   #usesOther = false; // instead of one of our own
   #isCareful = false; // there was another's pipe just now
+  #isOwed = false; // an answer: a helper that can't be reached then is stuck
   #wasStarted = false;
   #connection = null;
   #lastCall = Promise.resolve();
@@ -440,10 +443,12 @@ class SteamHelper {
       // Over a connection that has just answered. Should it break now, nobody knows whether the request was read, and a
       // second one might start a second game.
       await this.#identify(call);
-      const answer = await this.#connection.ask(call, this.#options.launchTimeout, id, request);
+      const answer = await this.#ask(call, this.#options.launchTimeout, id, request).catch((error) => error.code);
       if (answer.kind === 'launch') return new Game(answer.processId);
-      const silence = { lost: 'connection-lost', silent: 'no-answer' }[answer];
-      if (silence) throw new SteamHelperError(silence, 'the game may have been started');
+      if (!isObject(answer)) {
+        const code = { lost: 'connection-lost', silent: 'no-answer' }[answer] || answer;
+        throw new SteamHelperError(code, 'the game may have been started');
+      }
       const code = answer.kind === 'failure' ? whyRefused(...places) : 'bad-answer';
       throw new SteamHelperError(code, places[code === 'game-directory-missing' ? 1 : 0]);
     });
@@ -456,8 +461,9 @@ class SteamHelper {
       this.#isStopped = true;
       this.#drop();
       if (!this.#helper || this.#helper.hasEnded) return;
-      await this.#askToEnd(call);
-      await this.#kill(call);
+      const error = await this.#askToEnd(call).catch((reason) => reason);
+      await this.#kill(new Call());
+      if (error instanceof SteamHelperError) throw error;
     });
   }
 
@@ -496,14 +502,22 @@ class SteamHelper {
     if (!await this.#helper.end(call, END_LIMIT)) throw new SteamHelperError('no-answer', "the helper can't be ended");
   }
 
+  // An answer, 'lost' or 'silent', of the connection.
+  async #ask(call, milliseconds, id, body) {
+    this.#isOwed = true;
+    const answer = await this.#connection.ask(call, milliseconds, id, body);
+    this.#isOwed = !isObject(answer);
+    return answer;
+  }
+
   // An identity, whatever it takes: who is silent is ended, and what is lost is opened again.
   async #identify(call) {
     let lostSince = null;
     let why = null;
     for (;;) {
-      const connection = await this.#connect(call, why);
+      await this.#connect(call, why);
       const id = ++this.#lastId;
-      const answer = await connection.ask(call, this.#options.answerTimeout, id, infoRequest(id));
+      const answer = await this.#ask(call, this.#options.answerTimeout, id, infoRequest(id));
       if (answer.kind === 'info') return answer;
       if (isObject(answer)) throw new SteamHelperError('bad-answer', 'to another request');
       why = answer === 'silent' ? 'no-answer' : 'connection-lost';
@@ -515,11 +529,11 @@ class SteamHelper {
     }
   }
 
-  // An open connection. `why` is what to say when the helper was started again too often.
+  // Sees to an open connection. `why` is what to say when the helper was started again too often.
   async #connect(call, why) {
     for (;;) {
       await this.#look(call);
-      if (this.#connection) return this.#connection;
+      if (this.#connection) return;
       if (!this.#helper && !this.#usesOther) await this.#startHelper(call, why || 'connection-lost');
       else await this.#open(call);
     }
@@ -556,6 +570,7 @@ class SteamHelper {
     }
     const helper = await Helper.start(this.#options);
     this.#helper = helper;
+    this.#isOwed = false;
     this.#wasStarted = true;
     // A pipe that is open still when ours has ended is another's.
     helper.child.once('exit', () => this.#options.otherHelper === 'use' || this.#drop());
@@ -571,11 +586,13 @@ class SteamHelper {
 
   async #open(call) {
     const helper = this.#helper;
-    const end = performance.now() + this.#options.startTimeout;
+    const isOwed = this.#isOwed && helper;
+    const end = performance.now() + (isOwed ? this.#options.answerTimeout : this.#options.startTimeout);
     // Our own says by its end that another's pipe is there.
     if (helper && this.#isCareful) await helper.end(call, 20 * PAUSE);
     while (!helper || !helper.hasEnded) {
       const left = end - performance.now();
+      if (left <= 0 && isOwed) return void await this.#kill(call);
       if (left <= 0) throw new SteamHelperError('not-connected');
       const result = await Connection.open(call, left, helper);
       if (result instanceof Connection) {

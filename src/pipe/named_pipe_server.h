@@ -26,7 +26,7 @@ bool Destroy();
 bool Send(OutgoingFrame& frame);
 
 // Waits for a completion that is running; when this returns, none of the callbacks is running or will ever be called
-// again, until the next Create; the client counts as gone. Does nothing if there is no pipe.
+// again, until the next Create; the client counts as gone. Not from a callback. Does nothing if there is no pipe.
 void StopDeliveries();
 
 }  // namespace NamedPipeServer

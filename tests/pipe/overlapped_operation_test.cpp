@@ -38,7 +38,7 @@ class OverlappedOperationTest : public testing::Test {
 TEST_F(OverlappedOperationTest, ARepeatingOneFiresForEachCompletion) {
     ASSERT_TRUE(Arm(false));
     for (int times = 1; times <= 3; ++times) EXPECT_TRUE(Fires(times));
-    operation.Cleanup(false);
+    operation.Cleanup(true);
     EXPECT_TRUE(IsIdle());
     EXPECT_THAT(log.Lines(), IsEmpty());
 }
@@ -57,10 +57,10 @@ TEST_F(OverlappedOperationTest, RefusesASecondUseButTakesItsCallback) {
     EXPECT_FALSE(Arm(false));
     EXPECT_TRUE(Fires(1));
 
-    operation.Cleanup(false);
+    operation.Cleanup(true);
     operation.m_IoPending = true;
     EXPECT_FALSE(Arm(true));
-    operation.Cleanup(false);
+    operation.Cleanup(true);
     EXPECT_TRUE(Arm(true)) << "after a cleanup it can be used again";
     const char refused[] = "Tried to re-initialize an overlapped!";
     EXPECT_THAT(log.Lines(), testing::ElementsAre(refused, refused));

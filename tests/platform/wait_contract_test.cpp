@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <future>
 
 #include "tests/platform/counted_wait.h"
@@ -33,7 +34,8 @@ struct HeldCallback {
 
 TEST(WaitContract, UnregisteringARunningWaitReturnsAtOnce) {
     const OwnedHandle event = MakeEvent(false);
-    HeldCallback callback;
+    static NoDestructor<std::deque<HeldCallback>> all;  // a callback may end late
+    HeldCallback& callback = all->emplace_back();
     HANDLE wait = nullptr;
     ASSERT_TRUE(RegisterWaitForSingleObject(&wait, event.Get(), HeldCallback::OnFired, &callback, INFINITE,
                                             WT_EXECUTEINWAITTHREAD));
@@ -52,8 +54,8 @@ struct Visitor {
         auto& self = *static_cast<Visitor*>(parameter);
         if (++self.inside > 1 || GetCurrentThreadId() == self.caller) self.wrong = true;
         ++self.calls;
-        --self.inside;
         ++self.ended;
+        --self.inside;
     }
 
     int calls = 0;  // no lock: that is what is promised
@@ -65,7 +67,8 @@ struct Visitor {
 
 TEST(WaitContract, TheCallbacksOfOneWaitNeverOverlap) {
     const OwnedHandle event = MakeEvent(false);
-    Visitor seen;
+    static NoDestructor<std::deque<Visitor>> all;
+    Visitor& seen = all->emplace_back();
     HANDLE wait = nullptr;
     ASSERT_TRUE(
         RegisterWaitForSingleObject(&wait, event.Get(), Visitor::OnFired, &seen, INFINITE, WT_EXECUTEINWAITTHREAD));
@@ -76,6 +79,7 @@ TEST(WaitContract, TheCallbacksOfOneWaitNeverOverlap) {
     }
     ASSERT_TRUE(WaitThreadHasComeRound());
     UnregisterWaitEx(wait, nullptr);
+    ASSERT_TRUE(support::WaitUntil([&] { return seen.inside == 0; }));
     EXPECT_EQ(seen.calls, seen.ended);
     EXPECT_FALSE(seen.wrong);
 }

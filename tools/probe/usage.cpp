@@ -26,8 +26,9 @@ COMMANDS FOR SUPPORT
                                   of the environment
   log [--run N | --follow]        lists the runs in the helper's log, the latest last, each with its
                                   verdict: a heading of docs/operations.md, or that nothing is known
-                                  yet. With N: shows the lines of one; 1 is the latest. --follow: shows the lines that reach
-                                  the log from now on, until --timeout, if it is given
+                                  yet. With N: shows the lines of one; 1 is the latest. --follow:
+                                  shows the lines that reach the log from now on, until --timeout,
+                                  if it is given
   events                          shows what the event store says, in words
   stop [--pid N]                  has the helper end as if its window were closed, and waits until
                                   it has (on Windows N may be left out)
