@@ -185,8 +185,8 @@ enum class OtherHelper { Wait, Use, Fail };
 struct StartOptions {
     std::string m_Helper;       // path of tollmere_steam_helper.exe
     std::uint32_t m_AppId = 0;  // 1 to 2147483647
-    std::string m_Directory =
-        {};  // the game's, for a second attempt at Steam; at most 259 bytes; empty: the launcher's folder
+    // The game's, for a second attempt at Steam; at most 259 bytes. Empty: the helper takes the launcher's folder.
+    std::string m_Directory = {};
     OtherHelper m_OtherHelper = OtherHelper::Wait;
     Milliseconds m_AnswerTimeout = std::chrono::seconds{5};   // a helper that takes longer is stuck
     Milliseconds m_LaunchTimeout = std::chrono::seconds{30};  // for a launch: the system may scan the game first
